@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+
+#include <exiv2/exiv2.hpp>
+
+// What differs between exiv2 0.27 and 0.28.
+namespace Exiv2Compat
+{
+#if EXIV2_TEST_VERSION(0, 28, 0)
+using ImagePtr = Exiv2::Image::UniquePtr;
+
+inline QByteArray iccProfile(const Exiv2::Image &image)
+{
+    const Exiv2::DataBuf &profile = image.iccProfile();
+    return QByteArray(profile.c_str(), static_cast<qsizetype>(profile.size()));
+}
+
+inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
+{
+    image.setIccProfile(
+        Exiv2::DataBuf(reinterpret_cast<const Exiv2::byte *>(profile.constData()), static_cast<size_t>(profile.size())));
+}
+
+inline qint64 toInteger(const Exiv2::Exifdatum &datum)
+{
+    return datum.toInt64(0);
+}
+#else
+using ImagePtr = Exiv2::Image::AutoPtr;
+
+inline QByteArray iccProfile(Exiv2::Image &image)
+{
+    const Exiv2::DataBuf *profile = image.iccProfile();
+    return QByteArray(reinterpret_cast<const char *>(profile->pData_), static_cast<qsizetype>(profile->size_));
+}
+
+inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
+{
+    Exiv2::DataBuf buffer(reinterpret_cast<const Exiv2::byte *>(profile.constData()), static_cast<long>(profile.size()));
+    image.setIccProfile(buffer);
+}
+
+inline qint64 toInteger(const Exiv2::Exifdatum &datum)
+{
+    return datum.toLong(0);
+}
+#endif
+} // namespace Exiv2Compat
