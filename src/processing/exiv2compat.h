@@ -23,9 +23,20 @@ inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
         Exiv2::DataBuf(reinterpret_cast<const Exiv2::byte *>(profile.constData()), static_cast<size_t>(profile.size())));
 }
 
+inline ImagePtr openImage(const QByteArray &encoded)
+{
+    return Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(encoded.constData()),
+                                     static_cast<size_t>(encoded.size()));
+}
+
 inline qint64 toInteger(const Exiv2::Exifdatum &datum)
 {
     return datum.toInt64(0);
+}
+
+inline Exiv2::Rational toRational(const Exiv2::Exifdatum &datum, int component)
+{
+    return datum.toRational(static_cast<size_t>(component));
 }
 #else
 using ImagePtr = Exiv2::Image::AutoPtr;
@@ -42,9 +53,20 @@ inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
     image.setIccProfile(buffer);
 }
 
+inline ImagePtr openImage(const QByteArray &encoded)
+{
+    return Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(encoded.constData()),
+                                     static_cast<long>(encoded.size()));
+}
+
 inline qint64 toInteger(const Exiv2::Exifdatum &datum)
 {
     return datum.toLong(0);
+}
+
+inline Exiv2::Rational toRational(const Exiv2::Exifdatum &datum, int component)
+{
+    return datum.toRational(component);
 }
 #endif
 } // namespace Exiv2Compat

@@ -51,3 +51,7 @@ private:
     int m_threadCount = 0;
     Summary m_summary;
 };
+
+/// The time text of a run's last line: "59s", "1m 00s", "1h 02m 05s". `ms` is in milliseconds; fractions of a second are
+/// dropped.
+QString elapsedText(qint64 ms);

@@ -73,12 +73,6 @@ double footpointLatitude(double mu)
     return std::fma(1.703599323859595e-11, std::sin(8 * mu), latitude);
 }
 
-// A NUL stands for "no letter" and would cut a file name short.
-QString letterText(char zoneLetter)
-{
-    return zoneLetter == '\0' ? QString() : QString(QLatin1Char(zoneLetter));
-}
-
 } // namespace
 
 UtmPosition latLonToUtm(double latitude, double longitude)
@@ -150,11 +144,17 @@ GeoPosition utmToLatLon(int zone, char zoneLetter, double easting, double northi
     return {degrees(phi), degrees(lambda)};
 }
 
+QString formatZone(int zone, char zoneLetter)
+{
+    // A NUL stands for "no letter" and would cut a file name short.
+    const QString letter = zoneLetter == '\0' ? QString() : QString(QLatin1Char(zoneLetter));
+    return QString::number(zone) + letter;
+}
+
 QString formatUtm(int zone, char zoneLetter, double easting, double northing)
 {
-    return QStringLiteral("%1%2 %3 %4")
-        .arg(QString::number(zone), letterText(zoneLetter), QString::number(easting, 'f', 0),
-             QString::number(northing, 'f', 0));
+    return QStringLiteral("%1 %2 %3")
+        .arg(formatZone(zone, zoneLetter), QString::number(easting, 'f', 0), QString::number(northing, 'f', 0));
 }
 
 QString formatDms(double value, const QString &positiveLabel, const QString &negativeLabel)

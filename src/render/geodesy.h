@@ -33,6 +33,9 @@ UtmPosition latLonToUtm(double latitude, double longitude);
 /// checked.
 GeoPosition utmToLatLon(int zone, char zoneLetter, double easting, double northing);
 
+/// "19H": the zone and its band letter; the letter is left out when it is NUL.
+QString formatZone(int zone, char zoneLetter);
+
 /// "19H 345678 6298766": zone and band letter, easting and northing rounded to whole metres.
 QString formatUtm(int zone, char zoneLetter, double easting, double northing);
 

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/arguments.h"
+
+#include "data/preset.h"
+#include "data/settings.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <limits>
+#include <optional>
+
+namespace
+{
+
+struct OptionRow {
+    const char *name;
+    const char *value; ///< what follows the option; null: nothing
+    const char *description;
+};
+
+constexpr OptionRow optionRows[] = {
+    {"perfil", "ARCHIVO", "Perfil JSON guardado desde la ventana."},
+    {"coordenadas", "ARCHIVO", "Toma los datos del archivo de coordenadas (sin ella, del EXIF de las fotos)."},
+    {"logo", "IMAGEN", "Logo (sin ella, el del perfil)."},
+    {"sin-logo", nullptr, "No dibuja ningún logo."},
+    {"salida", "CARPETA", "Guarda las fotos modificadas en una carpeta separada."},
+    {"subcarpetas", nullptr, "Incluye los subdirectorios."},
+    {"sin-renombrar", nullptr, "No renombra las fotos."},
+    {"sin-respaldo", nullptr, "No guarda copia de las fotos originales."},
+    {"sin-incrustar", nullptr, "No incrusta los datos del archivo de coordenadas en el EXIF."},
+    {"prefijo", "TEXTO", "Agrega el prefijo al nombre."},
+    {"calidad", "N", "Calidad JPEG, 1 a 100 (sin ella, la de la configuración)."},
+    {"hilos", "N", "Hilos de trabajo (sin ella, los del equipo)."},
+};
+
+const QString helpOption = QStringLiteral("help");
+const QString versionOption = QStringLiteral("version");
+
+void addOptions(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Renombra fotografías según su posición UTM y les incrusta fecha, coordenadas, orientación, altitud, "
+                       "logo y rosa de los vientos."));
+    parser.addOption({{QStringLiteral("h"), helpOption}, QStringLiteral("Muestra esta ayuda y termina.")});
+    parser.addOption({{QStringLiteral("v"), versionOption}, QStringLiteral("Muestra la versión y termina.")});
+    for (const OptionRow &row : optionRows) {
+        parser.addOption({QString::fromLatin1(row.name), QString::fromUtf8(row.description),
+                          row.value ? QString::fromLatin1(row.value) : QString()});
+    }
+    parser.addPositionalArgument(QStringLiteral("CARPETA"), QStringLiteral("Carpeta de fotos."));
+}
+
+// The whole number in the value of an option, or nothing when it is none or out of range.
+std::optional<int> wholeNumber(const QString &text, int lowest, int highest)
+{
+    bool ok = false;
+    const int number = text.toInt(&ok);
+    return ok && number >= lowest && number <= highest ? std::optional(number) : std::nullopt;
+}
+
+bool isFile(const QString &path)
+{
+    return QFileInfo(path).isFile();
+}
+
+bool isFolder(const QString &path)
+{
+    return !path.isEmpty() && QDir(path).exists();
+}
+
+// The refusals of the window, in its order; empty when there is none.
+QString refusalOf(const BatchRequest &request)
+{
+    const ProcessOptions &options = request.options;
+    if (!isFolder(request.directory))
+        return QStringLiteral("Seleccione un directorio de fotos válido.");
+    if (!options.logoPath.isEmpty() && !isFile(options.logoPath))
+        return QStringLiteral("Seleccione un archivo de logo válido.");
+    if (!options.useExif && !isFile(options.txtPath))
+        return QStringLiteral("Seleccione un archivo txt válido (o cambie el modo a EXIF).");
+    if (options.useOutputFolder && !isFolder(options.outputFolder))
+        return QStringLiteral("Seleccione una carpeta de salida válida.");
+    return {};
+}
+
+// The options of a run from those of the command line and, below them, the profile.
+ProcessOptions optionsFrom(const QCommandLineParser &parser, Preset preset)
+{
+    const auto isSet = [&parser](const char *name) { return parser.isSet(QString::fromLatin1(name)); };
+    const auto value = [&parser](const char *name) { return parser.value(QString::fromLatin1(name)); };
+
+    if (isSet("logo"))
+        preset.logoPath = value("logo");
+    if (isSet("sin-renombrar"))
+        preset.renamePhotos = false;
+    if (isSet("prefijo")) {
+        preset.usePrefix = true;
+        preset.prefix = value("prefijo");
+    }
+
+    ProcessOptions options;
+    preset.fill(options, !isSet("sin-logo"));
+    options.useExif = !isSet("coordenadas");
+    options.txtPath = value("coordenadas");
+    options.includeSubfolders = isSet("subcarpetas");
+    options.embedCsvInExif = !isSet("sin-incrustar");
+    options.useOutputFolder = isSet("salida");
+    options.outputFolder = value("salida");
+    options.createBackup = !isSet("sin-respaldo") && !options.useOutputFolder;
+    options.jpegQuality = Settings::load().jpegQuality;
+    return options;
+}
+
+} // namespace
+
+std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    addOptions(parser);
+    const bool parsed = parser.parse(arguments);
+    if (parser.isSet(helpOption))
+        return Information{parser.helpText()};
+    if (parser.isSet(versionOption))
+        return Information{QStringLiteral("velmaro-lote %1\n").arg(QCoreApplication::applicationVersion())};
+    if (!parsed)
+        return Refusal{parser.errorText()};
+    if (parser.positionalArguments().size() != 1)
+        return Refusal{QStringLiteral("Indique una carpeta de fotos. Con --help se muestra la ayuda.")};
+
+    Preset preset = Preset::atStart();
+    if (const QString path = parser.value(QStringLiteral("perfil")); parser.isSet(QStringLiteral("perfil"))) {
+        const std::optional<QJsonObject> profile = readProfile(path);
+        if (!profile)
+            return Refusal{QStringLiteral("No se pudo leer el perfil: ") + path};
+        preset.apply(*profile);
+    }
+
+    BatchRequest request{parser.positionalArguments().constFirst(), optionsFrom(parser, preset), 0};
+    if (parser.isSet(QStringLiteral("calidad"))) {
+        const std::optional<int> quality = wholeNumber(parser.value(QStringLiteral("calidad")), 1, 100);
+        if (!quality)
+            return Refusal{QStringLiteral("La calidad debe ser un número entero de 1 a 100.")};
+        request.options.jpegQuality = *quality;
+    }
+    if (parser.isSet(QStringLiteral("hilos"))) {
+        const std::optional<int> threads
+            = wholeNumber(parser.value(QStringLiteral("hilos")), 1, std::numeric_limits<int>::max());
+        if (!threads)
+            return Refusal{QStringLiteral("Los hilos deben ser un número entero de 1 en adelante.")};
+        request.threads = *threads;
+    }
+    if (const QString reason = refusalOf(request); !reason.isEmpty())
+        return Refusal{reason};
+    return request;
+}

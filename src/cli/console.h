@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QMutex>
+#include <QString>
+
+/// The two output streams of a console program, UTF-8. May be used from any thread.
+class Console
+{
+public:
+    Console() = default;
+
+    /// Writes a line to standard output.
+    void log(const QString &line);
+
+    /// Shows the progress on standard error: a bar on a terminal, elsewhere a line for every tenth.
+    void progress(int done, int total);
+
+    /// Writes a line to standard error.
+    void error(const QString &line);
+
+private:
+    Q_DISABLE_COPY_MOVE(Console)
+
+    void clearBar();
+
+    QMutex m_mutex;
+    int m_shownTenths = 0;
+    bool m_barShown = false;
+};

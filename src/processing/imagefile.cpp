@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "processing/imagefile.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QPainter>
+
+#include <algorithm>
+#include <mutex>
+
+namespace
+{
+
+// 200 megapixels take 800 MB in 32-bit colour and 1600 MB in 64-bit colour.
+constexpr int decodingLimitMegabytes = 2048;
+
+bool paintsInFullColour(const QImage &image)
+{
+    return image.pixelFormat().colorModel() == QPixelFormat::RGB && image.depth() >= 24;
+}
+
+QImage laidOnWhite(const QImage &image)
+{
+    QImage opaque(image.size(), QImage::Format_RGB32);
+    opaque.fill(Qt::white);
+    opaque.setDotsPerMeterX(image.dotsPerMeterX());
+    opaque.setDotsPerMeterY(image.dotsPerMeterY());
+    opaque.setColorSpace(image.colorSpace());
+    QPainter(&opaque).drawImage(0, 0, image);
+    return opaque;
+}
+
+// Some readers hand the raw metadata blocks of a PNG over as texts. A writer would store them a second time, in a JPEG as
+// long comments; the metadata that is kept goes through the EXIF library.
+bool isRawMetadata(const QString &textKey)
+{
+    return textKey.startsWith(QLatin1String("Raw profile type")) || textKey == QLatin1String("XML:com.adobe.xmp");
+}
+
+QImage withoutRawMetadata(const QImage &image)
+{
+    const QStringList keys = image.textKeys();
+    if (std::none_of(keys.begin(), keys.end(), isRawMetadata))
+        return image;
+    QImage clean = QImage(image.constBits(), image.width(), image.height(), image.bytesPerLine(), image.format()).copy();
+    clean.setDotsPerMeterX(image.dotsPerMeterX());
+    clean.setDotsPerMeterY(image.dotsPerMeterY());
+    clean.setColorSpace(image.colorSpace());
+    clean.setColorTable(image.colorTable());
+    for (const QString &key : keys) {
+        if (!isRawMetadata(key))
+            clean.setText(key, image.text(key));
+    }
+    return clean;
+}
+
+} // namespace
+
+QImage readImage(const QString &path)
+{
+    static std::once_flag once;
+    std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
+
+    QImageReader reader(path);
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(false);
+    const QImage image = withoutRawMetadata(reader.read());
+    if (image.isNull() || paintsInFullColour(image))
+        return image;
+    return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+}
+
+std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality, QString *error)
+{
+    const QByteArray format = suffix.toLower().toLatin1();
+    const bool isJpeg = format == "jpg" || format == "jpeg";
+    QByteArray encoded;
+    QBuffer buffer(&encoded);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    writer.setQuality(quality);
+    if (format == "png")
+        writer.setCompression(0);
+    if (writer.write(isJpeg && image.hasAlphaChannel() ? laidOnWhite(image) : image))
+        return encoded;
+    *error = writer.errorString();
+    return std::nullopt;
+}
+
+bool describesRgb(const QByteArray &iccProfile)
+{
+    return iccProfile.mid(16, 4) == "RGB ";
+}

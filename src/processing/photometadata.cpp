@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "processing/photometadata.h"
+
+#include "processing/exifreader.h"
+
+#include <QDebug>
+#include <QMutexLocker>
+#include <QRecursiveMutex>
+
+#include <mutex>
+
+namespace
+{
+
+// The one lock of the process for metadata work.
+Q_CONSTINIT QBasicMutex metadataMutex;
+
+void lockXmpToolkit(void *mutex, bool lock)
+{
+    auto *toolkitMutex = static_cast<QRecursiveMutex *>(mutex);
+    if (lock)
+        toolkitMutex->lock();
+    else
+        toolkitMutex->unlock();
+}
+
+void logLibraryMessage(int level, const char *text)
+{
+    qDebug() << "exiv2" << level << text;
+}
+
+// The XMP toolkit inside the library is not thread-safe until it has been given a lock, and its set-up never is.
+void prepareLibrary()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        static QRecursiveMutex toolkitMutex;
+        Exiv2::LogMsg::setHandler(logLibraryMessage);
+        Exiv2::XmpParser::initialize(lockXmpToolkit, &toolkitMutex);
+    });
+}
+
+QByteArray contentsOf(Exiv2::BasicIo &io)
+{
+    io.seek(0, Exiv2::BasicIo::beg);
+    const auto *bytes = reinterpret_cast<const char *>(io.mmap());
+    return QByteArray(bytes, static_cast<qsizetype>(io.size()));
+}
+
+} // namespace
+
+int PhotoMetadata::orientation() const
+{
+    const auto tag = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
+    if (tag == exif.end() || tag->count() == 0)
+        return 1;
+    const qint64 value = Exiv2Compat::toInteger(*tag);
+    return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
+}
+
+std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *error)
+{
+    prepareLibrary();
+    const std::string nativePath = qPathToNativeStdString(path);
+    const QMutexLocker locker(&metadataMutex);
+    try {
+        const Exiv2Compat::ImagePtr image = Exiv2::ImageFactory::open(nativePath);
+        image->readMetadata();
+        return PhotoMetadata{image->exifData(), image->iptcData(), image->xmpData(), Exiv2Compat::iccProfile(*image)};
+    } catch (const std::exception &exception) {
+        *error = QString::fromUtf8(exception.what());
+        return std::nullopt;
+    }
+}
+
+std::optional<QByteArray> withMetadata(const QByteArray &encoded, const PhotoMetadata &metadata, QString *error)
+{
+    prepareLibrary();
+    const QMutexLocker locker(&metadataMutex);
+    try {
+        const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
+        image->readMetadata();
+        image->setExifData(metadata.exif);
+        image->setIptcData(metadata.iptc);
+        image->setXmpData(metadata.xmp);
+        if (!metadata.iccProfile.isEmpty())
+            Exiv2Compat::setIccProfile(*image, metadata.iccProfile);
+        image->writeMetadata();
+        return contentsOf(image->io());
+    } catch (const std::exception &exception) {
+        *error = QString::fromUtf8(exception.what());
+        return std::nullopt;
+    }
+}

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "processing/exiv2compat.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+/// The metadata of one photo file, as the EXIF library gives it.
+struct PhotoMetadata {
+    Exiv2::ExifData exif;
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    QByteArray iccProfile; ///< empty when there is none
+
+    /// How the pixels are stored, 1 to 8 (see render/uprightimage.h); 1 when no tag, or none that makes sense, tells.
+    int orientation() const;
+};
+
+/// Reads all metadata of a photo file. Nothing, with the library's text in `error`, when the file cannot be read or is no
+/// image. Holds the process-wide metadata lock while the library works.
+std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *error);
+
+/// The encoded image `image` (JPEG, PNG or TIFF) with its EXIF, IPTC and XMP data replaced by those of `metadata`, and its
+/// colour profile too when `metadata` has one. Nothing, with the library's text in `error`, when it cannot take them. Holds
+/// the process-wide metadata lock.
+std::optional<QByteArray> withMetadata(const QByteArray &image, const PhotoMetadata &metadata, QString *error);

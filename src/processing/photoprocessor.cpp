@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "processing/photoprocessor.h"
+
+#include "data/altitudefill.h"
+#include "processing/imagefile.h"
+#include "processing/photopipeline.h"
+#include "processing/photowalk.h"
+#include "render/fontregistry.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QThread>
+#include <QThreadPool>
+#include <QtConcurrentMap>
+
+#include <atomic>
+
+namespace
+{
+
+// The log lines of the photos, one slot for each, handed out in the order in which the tasks start.
+class LogSlots
+{
+public:
+    explicit LogSlots(int total)
+        : m_slots(static_cast<size_t>(total))
+    {
+    }
+
+    size_t take() { return m_next.fetch_add(1); }
+    void fill(size_t slot, const QStringList &lines) { m_slots[slot] = lines; }
+
+    void flush(const LogCallback &log) const
+    {
+        for (const QStringList &lines : m_slots) {
+            for (const QString &line : lines)
+                log(line);
+        }
+    }
+
+private:
+    std::vector<QStringList> m_slots;
+    std::atomic<size_t> m_next = 0;
+};
+
+PhotoPipeline::Outcome processGuarded(PhotoPipeline &pipeline, const QString &path)
+{
+    try {
+        return pipeline.process();
+    } catch (const std::exception &exception) {
+        qWarning() << path << exception.what();
+        return PhotoPipeline::Outcome::Left;
+    }
+}
+
+// Whether `folder` is `root` or lies inside it.
+bool liesWithin(const QString &folder, const QString &root)
+{
+    const QString canonicalRoot = canonicalPath(root);
+    const QString canonicalFolder = canonicalPath(folder);
+    return canonicalFolder == canonicalRoot || canonicalFolder.startsWith(canonicalRoot + u'/');
+}
+
+// Calls `task` for every photo, on `threads` threads of a pool of its own: Qt's painting on the GUI thread uses the global
+// pool and would stand still while that is full. A single photo is done here and now.
+template <typename Task>
+void mapPhotos(QStringList photos, int threads, const Task &task)
+{
+    if (photos.size() <= 1 || threads == 1) {
+        for (const QString &path : photos)
+            task(path);
+        return;
+    }
+    QThreadPool pool;
+    pool.setMaxThreadCount(threads);
+    QtConcurrent::map(&pool, photos, task).waitForFinished();
+}
+
+QImage loadedLogo(const QString &path, const LogCallback &log)
+{
+    if (path.isEmpty())
+        return {};
+    const QImage logo = readImage(path);
+    if (logo.isNull())
+        log(QStringLiteral("Error al abrir el logo."));
+    return logo;
+}
+
+QString loadedFontFamily(const QString &fontPath, const LogCallback &log)
+{
+    if (fontPath.isEmpty())
+        return {};
+    const std::optional<QString> family = registeredFontFamily(fontPath);
+    if (!family)
+        log(QStringLiteral("Error: No se pudo cargar la fuente personalizada desde: ") + fontPath);
+    return family.value_or(QString());
+}
+
+} // namespace
+
+PhotoProcessor::PhotoProcessor(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void PhotoProcessor::setOptions(const ProcessOptions &options)
+{
+    m_options = options;
+}
+
+const ProcessOptions &PhotoProcessor::options() const
+{
+    return m_options;
+}
+
+void PhotoProcessor::setThreadCount(int threads)
+{
+    m_threadCount = threads;
+}
+
+PhotoProcessor::Summary PhotoProcessor::summary() const
+{
+    return m_summary;
+}
+
+void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCallback &log,
+                                         const ProgressCallback &progress)
+{
+    const QStringList photos = findPhotos(directory, m_options.includeSubfolders, PhotoWalk::Batch);
+    const int total = static_cast<int>(photos.size());
+    const Logo logo(loadedLogo(m_options.logoPath, log));
+    std::optional<CoordinatesTable> table;
+    if (!m_options.useExif && !m_options.txtPath.isEmpty())
+        table = readCoordinatesFile(m_options.txtPath, log);
+
+    QElapsedTimer timer;
+    timer.start();
+    if (progress)
+        progress(0, total);
+    LogSlots logSlots(total);
+    std::atomic<int> done = 0;
+    std::atomic<int> finished = 0;
+    const BatchRun run{m_options, log, QDir(directory).absolutePath(), QSet<QString>(photos.begin(), photos.end()),
+                       liesWithin(m_options.outputFolder, directory), table,
+                       OverlayResources{&logo, loadedFontFamily(m_options.fontPath, log)}, FilePlacer()};
+
+    mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(), [&](const QString &path) {
+        const size_t slot = logSlots.take();
+        PhotoPipeline pipeline(run, path);
+        const PhotoPipeline::Outcome outcome = processGuarded(pipeline, path);
+        if (outcome == PhotoPipeline::Outcome::Left)
+            return;
+        if (outcome == PhotoPipeline::Outcome::Finished)
+            ++finished;
+        const int doneNow = done.fetch_add(1) + 1;
+        if (progress)
+            progress(doneNow, total);
+        logSlots.fill(slot, pipeline.lines());
+    });
+
+    logSlots.flush(log);
+    m_summary = {total, finished};
+    log(QStringLiteral("Se procesaron %1 fotos en %2.").arg(QString::number(total), elapsedText(timer.elapsed())));
+}
+
+CoordinatesTable PhotoProcessor::readCoordinatesFile(const QString &path, const LogCallback &log)
+{
+    return ::readCoordinatesFile(path, log);
+}
+
+void PhotoProcessor::fillAltitudesFromApi(const QString &csvPath, const QString &provider, const QString &apiKey,
+                                          bool overwrite, const LogCallback &log, const ProgressCallback &progress)
+{
+    ::fillAltitudesFromApi(csvPath, provider, apiKey, overwrite, log, progress);
+}
+
+QString elapsedText(qint64 ms)
+{
+    const auto padded = [](qint64 number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
+    const qint64 hours = ms / 3600000;
+    const qint64 minutes = (ms % 3600000) / 60000;
+    const qint64 seconds = (ms % 60000) / 1000;
+    if (hours >= 1)
+        return QStringLiteral("%1h %2m %3s").arg(QString::number(hours), padded(minutes), padded(seconds));
+    if (ms >= 60000)
+        return QStringLiteral("%1m %2s").arg(QString::number(minutes), padded(seconds));
+    return QStringLiteral("%1s").arg(seconds);
+}
