@@ -9,8 +9,8 @@
 namespace
 {
 
-// WGS84. Forward and reverse conversion differ by one unit in the last place of the eccentricities; names and texts
-// already delivered depend on these digits.
+// WGS84. Forward and reverse conversion differ by one unit in the last place of the eccentricities; names and
+// texts already delivered depend on these digits.
 constexpr double semiMajorAxis = 6378137.0;
 constexpr double forwardE2 = 0.0066943799901413165;
 constexpr double forwardEp2 = 0.006739496742276434;
@@ -41,9 +41,24 @@ struct Band {
     char letter;
 };
 
-constexpr std::array<Band, 18> bands{{{84, 'X'}, {72, 'W'},  {64, 'V'},  {56, 'U'},  {48, 'T'},  {40, 'S'},
-                                      {32, 'R'}, {24, 'Q'},  {16, 'P'},  {8, 'N'},   {0, 'M'},   {-8, 'L'},
-                                      {-16, 'K'}, {-24, 'J'}, {-32, 'H'}, {-40, 'G'}, {-48, 'F'}, {-56, 'E'}}};
+constexpr std::array<Band, 18> bands{{{84, 'X'},
+                                      {72, 'W'},
+                                      {64, 'V'},
+                                      {56, 'U'},
+                                      {48, 'T'},
+                                      {40, 'S'},
+                                      {32, 'R'},
+                                      {24, 'Q'},
+                                      {16, 'P'},
+                                      {8, 'N'},
+                                      {0, 'M'},
+                                      {-8, 'L'},
+                                      {-16, 'K'},
+                                      {-24, 'J'},
+                                      {-32, 'H'},
+                                      {-40, 'G'},
+                                      {-48, 'F'},
+                                      {-56, 'E'}}};
 
 char bandLetter(double latitude)
 {
@@ -54,16 +69,17 @@ char bandLetter(double latitude)
     return 'D';
 }
 
-// The length of the meridian from the equator to a latitude in radians: Snyder (1987), equation 3-21, with the
-// coefficients worked out for WGS84.
+// The length of the meridian from the equator to a latitude in radians: Snyder (1987), equation 3-21, with
+// the coefficients worked out for WGS84.
 double meridianArc(double latitude)
 {
-    return semiMajorAxis
-           * (0.9983242984527954 * latitude - 0.002514607060518705 * std::sin(2 * latitude)
-              + 2.6390465943376213e-6 * std::sin(4 * latitude) - 3.4180460865957878e-9 * std::sin(6 * latitude));
+    return semiMajorAxis *
+           (0.9983242984527954 * latitude - 0.002514607060518705 * std::sin(2 * latitude) +
+            2.6390465943376213e-6 * std::sin(4 * latitude) - 3.4180460865957878e-9 * std::sin(6 * latitude));
 }
 
-// The latitude in radians whose meridian arc gives the rectifying latitude `mu`: Snyder (1987), equation 3-26.
+// The latitude in radians whose meridian arc gives the rectifying latitude `mu`: Snyder (1987), equation
+// 3-26.
 double footpointLatitude(double mu)
 {
     double latitude = mu;
@@ -94,18 +110,17 @@ UtmPosition latLonToUtm(double latitude, double longitude)
     const double A = c * (lambda - centralMeridian(utm.zone));
     const double M = meridianArc(phi);
 
-    utm.easting = centralScale * N
-                      * (A + (1 - T + C) * std::pow(A, 3) / 6
-                         + (5 - 18 * T + T * T + 72 * C - 0.39089081105203316) * std::pow(A, 5) / 120)
-                  + falseEasting;
+    utm.easting = centralScale * N *
+                      (A + (1 - T + C) * std::pow(A, 3) / 6 +
+                       (5 - 18 * T + T * T + 72 * C - 0.39089081105203316) * std::pow(A, 5) / 120) +
+                  falseEasting;
 
-    // The textbook has 5 - T + 9C + 4C². The T in place of that C moves the northing by up to some metres near the edges of
-    // a zone; it stays, since names and texts already delivered carry it.
-    utm.northing = centralScale
-                   * (M
-                      + N * tanPhi
-                            * (A * A / 2 + (5 - T + 9 * T + 4 * C * C) * std::pow(A, 4) / 24
-                               + (61 - 58 * T + T * T + 600 * C - 2.224033924951223) * std::pow(A, 6) / 720));
+    // The textbook has 5 - T + 9C + 4C². The T in place of that C moves the northing by up to some metres
+    // near the edges of a zone; it stays, since names and texts already delivered carry it.
+    utm.northing =
+        centralScale * (M + N * tanPhi *
+                                (A * A / 2 + (5 - T + 9 * T + 4 * C * C) * std::pow(A, 4) / 24 +
+                                 (61 - 58 * T + T * T + 600 * C - 2.224033924951223) * std::pow(A, 6) / 720));
     if (latitude < 0)
         utm.northing += falseNorthing;
     return utm;
@@ -130,17 +145,17 @@ GeoPosition utmToLatLon(int zone, char zoneLetter, double easting, double northi
     const double R1 = -6335439.3272928195 / std::pow(W, 1.5); // negative, so the bracket below is subtracted
     const double D = x / (N1 * centralScale);
 
-    const double phi = phi1
-                       + (tanPhi1 * N1 / R1)
-                             * (D * D / 2
-                                - (5 + 3 * T1 + 10 * C1 - 4 * C1 * C1 - 0.0606554706804879) * std::pow(D, 4) / 24
-                                + (61 + 90 * T1 + 298 * C1 + 45 * T1 * T1 - 1.6983531790536612 - 3 * C1 * C1)
-                                      * std::pow(D, 6) / 720);
-    const double lambda
-        = centralMeridian(zone)
-          + (D - (1 + 2 * T1 + C1) * std::pow(D, 3) / 6
-             + (5 - 2 * C1 + 28 * T1 - 3 * C1 * C1 + 0.053915973938211466 + 24 * T1 * T1) * std::pow(D, 5) / 120)
-                / c1;
+    const double phi =
+        phi1 +
+        (tanPhi1 * N1 / R1) *
+            (D * D / 2 - (5 + 3 * T1 + 10 * C1 - 4 * C1 * C1 - 0.0606554706804879) * std::pow(D, 4) / 24 +
+             (61 + 90 * T1 + 298 * C1 + 45 * T1 * T1 - 1.6983531790536612 - 3 * C1 * C1) * std::pow(D, 6) /
+                 720);
+    const double lambda =
+        centralMeridian(zone) +
+        (D - (1 + 2 * T1 + C1) * std::pow(D, 3) / 6 +
+         (5 - 2 * C1 + 28 * T1 - 3 * C1 * C1 + 0.053915973938211466 + 24 * T1 * T1) * std::pow(D, 5) / 120) /
+            c1;
     return {degrees(phi), degrees(lambda)};
 }
 
@@ -166,14 +181,15 @@ QString formatDms(double value, const QString &positiveLabel, const QString &neg
     const double wholeMinutes = std::trunc(f * 60);
     const double seconds = (f - wholeMinutes / 60) * 3600;
     return QStringLiteral("%1° %2' %3\" %4")
-        .arg(QString::number(truncated<qint64>(wholeDegrees)), QString::number(truncated<qint64>(wholeMinutes)),
-             QString::number(rounded<qint64>(seconds)), label);
+        .arg(QString::number(truncated<qint64>(wholeDegrees)),
+             QString::number(truncated<qint64>(wholeMinutes)), QString::number(rounded<qint64>(seconds)),
+             label);
 }
 
 QString formatLatLon(double latitude, double longitude)
 {
-    return formatDms(latitude, QStringLiteral("N"), QStringLiteral("S")) + QLatin1Char(' ')
-           + formatDms(longitude, QStringLiteral("E"), QStringLiteral("W"));
+    return formatDms(latitude, QStringLiteral("N"), QStringLiteral("S")) + QLatin1Char(' ') +
+           formatDms(longitude, QStringLiteral("E"), QStringLiteral("W"));
 }
 
 QString compassPointName(double heading)
