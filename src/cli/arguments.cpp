@@ -23,7 +23,8 @@ struct OptionRow {
 
 constexpr OptionRow optionRows[] = {
     {"perfil", "ARCHIVO", "Perfil JSON guardado desde la ventana."},
-    {"coordenadas", "ARCHIVO", "Toma los datos del archivo de coordenadas (sin ella, del EXIF de las fotos)."},
+    {"coordenadas", "ARCHIVO",
+     "Toma los datos del archivo de coordenadas (sin ella, del EXIF de las fotos)."},
     {"logo", "IMAGEN", "Logo (sin ella, el del perfil)."},
     {"sin-logo", nullptr, "No dibuja ningún logo."},
     {"salida", "CARPETA", "Guarda las fotos modificadas en una carpeta separada."},
@@ -41,9 +42,9 @@ const QString versionOption = QStringLiteral("version");
 
 void addOptions(QCommandLineParser &parser)
 {
-    parser.setApplicationDescription(
-        QStringLiteral("Renombra fotografías según su posición UTM y les incrusta fecha, coordenadas, orientación, altitud, "
-                       "logo y rosa de los vientos."));
+    parser.setApplicationDescription(QStringLiteral(
+        "Renombra fotografías según su posición UTM y les incrusta fecha, coordenadas, orientación, altitud, "
+        "logo y rosa de los vientos."));
     parser.addOption({{QStringLiteral("h"), helpOption}, QStringLiteral("Muestra esta ayuda y termina.")});
     parser.addOption({{QStringLiteral("v"), versionOption}, QStringLiteral("Muestra la versión y termina.")});
     for (const OptionRow &row : optionRows) {
@@ -89,8 +90,12 @@ QString refusalOf(const BatchRequest &request)
 // The options of a run from those of the command line and, below them, the profile.
 ProcessOptions optionsFrom(const QCommandLineParser &parser, Preset preset)
 {
-    const auto isSet = [&parser](const char *name) { return parser.isSet(QString::fromLatin1(name)); };
-    const auto value = [&parser](const char *name) { return parser.value(QString::fromLatin1(name)); };
+    const auto isSet = [&parser](const char *name) {
+        return parser.isSet(QString::fromLatin1(name));
+    };
+    const auto value = [&parser](const char *name) {
+        return parser.value(QString::fromLatin1(name));
+    };
 
     if (isSet("logo"))
         preset.logoPath = value("logo");
@@ -146,8 +151,8 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
         request.options.jpegQuality = *quality;
     }
     if (parser.isSet(QStringLiteral("hilos"))) {
-        const std::optional<int> threads
-            = wholeNumber(parser.value(QStringLiteral("hilos")), 1, std::numeric_limits<int>::max());
+        const std::optional<int> threads =
+            wholeNumber(parser.value(QStringLiteral("hilos")), 1, std::numeric_limits<int>::max());
         if (!threads)
             return Refusal{QStringLiteral("Los hilos deben ser un número entero de 1 en adelante.")};
         request.threads = *threads;

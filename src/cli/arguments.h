@@ -25,7 +25,7 @@ struct Refusal {
     QString reason;
 };
 
-/// Reads the arguments of velmaro-lote, the program's name first. Options that are not given have the values with which the
-/// window starts, except the logo, which is drawn only when a path is known. Files and folders are checked in the order and
-/// with the words of the window; nothing is changed.
+/// Reads the arguments of velmaro-lote, the program's name first. Options that are not given have the values
+/// with which the window starts, except the logo, which is drawn only when a path is known. Files and folders
+/// are checked in the order and with the words of the window; nothing is changed.
 std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList &arguments);

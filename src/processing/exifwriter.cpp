@@ -33,7 +33,8 @@ void addDegrees(Exiv2::ExifData &exif, const char *key, double degrees)
     const double d = std::trunc(v);
     const double m = std::trunc((v - d) * 60);
     const double s = ((v - d) - m / 60) * 3600 * 1000;
-    addRationals(exif, key, {{truncated<uint32_t>(d), 1}, {truncated<uint32_t>(m), 1}, {truncated<uint32_t>(s), 1000}});
+    addRationals(exif, key,
+                 {{truncated<uint32_t>(d), 1}, {truncated<uint32_t>(m), 1}, {truncated<uint32_t>(s), 1000}});
 }
 
 // Cameras give the direction as 0 to 359.99; a coordinates file may hold any number.
@@ -47,7 +48,8 @@ double withinCircle(double heading)
 void addDates(Exiv2::ExifData &exif, const QDateTime &dateTime)
 {
     const QString local = dateTime.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"));
-    for (const char *key : {"Exif.Photo.DateTimeOriginal", "Exif.Photo.DateTimeDigitized", "Exif.Image.DateTime"})
+    for (const char *key :
+         {"Exif.Photo.DateTimeOriginal", "Exif.Photo.DateTimeDigitized", "Exif.Image.DateTime"})
         addText(exif, key, local);
 
     const QDateTime utc = dateTime.toUTC();
@@ -76,7 +78,8 @@ Exiv2::ExifData freshExif(const FreshTags &tags)
     }
     if (tags.altitude) {
         addHundredths(exif, "Exif.GPSInfo.GPSAltitude", std::abs(*tags.altitude));
-        addText(exif, "Exif.GPSInfo.GPSAltitudeRef", *tags.altitude < 0 ? QStringLiteral("1") : QStringLiteral("0"));
+        addText(exif, "Exif.GPSInfo.GPSAltitudeRef",
+                *tags.altitude < 0 ? QStringLiteral("1") : QStringLiteral("0"));
     }
     if (tags.dateTime.isValid())
         addDates(exif, tags.dateTime);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QByteArray>
-
 #include <exiv2/exiv2.hpp>
 
 // What differs between exiv2 0.27 and 0.28.
@@ -19,8 +18,8 @@ inline QByteArray iccProfile(const Exiv2::Image &image)
 
 inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
 {
-    image.setIccProfile(
-        Exiv2::DataBuf(reinterpret_cast<const Exiv2::byte *>(profile.constData()), static_cast<size_t>(profile.size())));
+    image.setIccProfile(Exiv2::DataBuf(reinterpret_cast<const Exiv2::byte *>(profile.constData()),
+                                       static_cast<size_t>(profile.size())));
 }
 
 inline ImagePtr openImage(const QByteArray &encoded)
@@ -44,12 +43,14 @@ using ImagePtr = Exiv2::Image::AutoPtr;
 inline QByteArray iccProfile(Exiv2::Image &image)
 {
     const Exiv2::DataBuf *profile = image.iccProfile();
-    return QByteArray(reinterpret_cast<const char *>(profile->pData_), static_cast<qsizetype>(profile->size_));
+    return QByteArray(reinterpret_cast<const char *>(profile->pData_),
+                      static_cast<qsizetype>(profile->size_));
 }
 
 inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
 {
-    Exiv2::DataBuf buffer(reinterpret_cast<const Exiv2::byte *>(profile.constData()), static_cast<long>(profile.size()));
+    Exiv2::DataBuf buffer(reinterpret_cast<const Exiv2::byte *>(profile.constData()),
+                          static_cast<long>(profile.size()));
     image.setIccProfile(buffer);
 }
 

@@ -25,7 +25,8 @@ bool exists(const QString &path)
 }
 
 // Asks the kernel to rename only to a free name. Nothing when it, or the file system, has no such operation.
-std::optional<Placing> renameByKernel([[maybe_unused]] const QString &from, [[maybe_unused]] const QString &to)
+std::optional<Placing> renameByKernel([[maybe_unused]] const QString &from,
+                                      [[maybe_unused]] const QString &to)
 {
 #if defined(Q_OS_LINUX) && defined(RENAME_NOREPLACE)
     const QByteArray source = QFile::encodeName(from);
@@ -66,8 +67,8 @@ Placing FilePlacer::rename(const QString &from, const QString &to) const
     if (exists(to))
         return Placing::NameTaken;
     std::error_code error;
-    std::filesystem::rename(QFileInfo(from).filesystemAbsoluteFilePath(), QFileInfo(to).filesystemAbsoluteFilePath(),
-                            error);
+    std::filesystem::rename(QFileInfo(from).filesystemAbsoluteFilePath(),
+                            QFileInfo(to).filesystemAbsoluteFilePath(), error);
     return error ? Placing::Failed : Placing::Done;
 }
 

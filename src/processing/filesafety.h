@@ -6,10 +6,11 @@
 #include <QMutex>
 #include <QString>
 
-/// Operations on photo files that never overwrite a file nobody meant and never leave half a photo under a photo's name,
-/// whatever else happens meanwhile: another thread or program, a full disk, a killed process.
+/// Operations on photo files that never overwrite a file nobody meant and never leave half a photo under a
+/// photo's name, whatever else happens meanwhile: another thread or program, a full disk, a killed process.
 
-/// What a file was like at one moment, to tell later whether it is still the same file with the same contents.
+/// What a file was like at one moment, to tell later whether it is still the same file with the same
+/// contents.
 class FileStamp
 {
 public:
@@ -28,7 +29,7 @@ private:
 enum class Placing {
     Done,
     NameTaken, ///< a file of that name has come to exist; nothing was changed
-    Failed, ///< nothing was changed
+    Failed,    ///< nothing was changed
 };
 
 /// Gives files new names in the photo folders of one run. One object serves all threads of the run.
@@ -40,7 +41,8 @@ public:
     /// Renames `from` to `to`, in one step and only when no file has that name.
     Placing rename(const QString &from, const QString &to) const;
 
-    /// Copies `from` to `to`, which comes to exist only once it is complete, and only when no file has that name.
+    /// Copies `from` to `to`, which comes to exist only once it is complete, and only when no file has that
+    /// name.
     Placing copy(const QString &from, const QString &to) const;
 
 private:
@@ -53,7 +55,7 @@ private:
 /// The path without links and dots; of a file that does not exist, just the absolute path.
 QString canonicalPath(const QString &path);
 
-/// Replaces the contents of the file `path` by `contents` in one step, keeping its permissions, provided that the file is
-/// still as `stamp` says. Otherwise, or when it cannot be written, leaves everything as it is, gives the reason in `error`
-/// and returns false.
+/// Replaces the contents of the file `path` by `contents` in one step, keeping its permissions, provided that
+/// the file is still as `stamp` says. Otherwise, or when it cannot be written, leaves everything as it is,
+/// gives the reason in `error` and returns false.
 bool replaceContents(const QString &path, const QByteArray &contents, const FileStamp &stamp, QString *error);

@@ -32,11 +32,12 @@ QImage laidOnWhite(const QImage &image)
     return opaque;
 }
 
-// Some readers hand the raw metadata blocks of a PNG over as texts. A writer would store them a second time, in a JPEG as
-// long comments; the metadata that is kept goes through the EXIF library.
+// Some readers hand the raw metadata blocks of a PNG over as texts. A writer would store them a second time,
+// in a JPEG as long comments; the metadata that is kept goes through the EXIF library.
 bool isRawMetadata(const QString &textKey)
 {
-    return textKey.startsWith(QLatin1String("Raw profile type")) || textKey == QLatin1String("XML:com.adobe.xmp");
+    return textKey.startsWith(QLatin1String("Raw profile type")) ||
+           textKey == QLatin1String("XML:com.adobe.xmp");
 }
 
 QImage withoutRawMetadata(const QImage &image)
@@ -44,7 +45,8 @@ QImage withoutRawMetadata(const QImage &image)
     const QStringList keys = image.textKeys();
     if (std::none_of(keys.begin(), keys.end(), isRawMetadata))
         return image;
-    QImage clean = QImage(image.constBits(), image.width(), image.height(), image.bytesPerLine(), image.format()).copy();
+    QImage clean =
+        QImage(image.constBits(), image.width(), image.height(), image.bytesPerLine(), image.format()).copy();
     clean.setDotsPerMeterX(image.dotsPerMeterX());
     clean.setDotsPerMeterY(image.dotsPerMeterY());
     clean.setColorSpace(image.colorSpace());
@@ -72,7 +74,8 @@ QImage readImage(const QString &path)
     return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
 }
 
-std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality, QString *error)
+std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
+                                       QString *error)
 {
     const QByteArray format = suffix.toLower().toLatin1();
     const bool isJpeg = format == "jpg" || format == "jpeg";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/photometadata.h"
 
+#include "core/numbers.h"
 #include "processing/exifreader.h"
 
 #include <QDebug>
@@ -29,7 +30,8 @@ void logLibraryMessage(int level, const char *text)
     qDebug() << "exiv2" << level << text;
 }
 
-// The XMP toolkit inside the library is not thread-safe until it has been given a lock, and its set-up never is.
+// The XMP toolkit inside the library is not thread-safe until it has been given a lock, and its set-up never
+// is.
 void prepareLibrary()
 {
     static std::once_flag once;
@@ -38,6 +40,25 @@ void prepareLibrary()
         Exiv2::LogMsg::setHandler(logLibraryMessage);
         Exiv2::XmpParser::initialize(lockXmpToolkit, &toolkitMutex);
     });
+}
+
+// Tags of a TIFF that say where and how the file holds its pixels. Another TIFF has its own, and in a JPEG
+// they are wrong.
+constexpr const char *pixelLayoutTags[] = {
+    "BitsPerSample",       "ColorMap",     "Compression",       "ExtraSamples",   "FillOrder",
+    "ImageLength",         "ImageWidth",   "InterColorProfile", "NewSubfileType", "PhotometricInterpretation",
+    "PlanarConfiguration", "Predictor",    "RowsPerStrip",      "SampleFormat",   "SamplesPerPixel",
+    "StripByteCounts",     "StripOffsets", "SubfileType",       "TileByteCounts", "TileLength",
+    "TileOffsets",         "TileWidth",
+};
+
+void dropPixelLayout(Exiv2::ExifData &exif)
+{
+    for (const char *name : pixelLayoutTags) {
+        const auto tag = exif.findKey(Exiv2::ExifKey(std::string("Exif.Image.") + name));
+        if (tag != exif.end())
+            exif.erase(tag);
+    }
 }
 
 QByteArray contentsOf(Exiv2::BasicIo &io)
@@ -58,6 +79,23 @@ int PhotoMetadata::orientation() const
     return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
 }
 
+std::optional<QSize> PhotoMetadata::dotsPerMeter() const
+{
+    const auto x = exif.findKey(Exiv2::ExifKey("Exif.Image.XResolution"));
+    const auto y = exif.findKey(Exiv2::ExifKey("Exif.Image.YResolution"));
+    if (x == exif.end() || y == exif.end() || x->count() == 0 || y->count() == 0)
+        return std::nullopt;
+    const auto unit = exif.findKey(Exiv2::ExifKey("Exif.Image.ResolutionUnit"));
+    const bool centimetres = unit != exif.end() && unit->count() > 0 && Exiv2Compat::toInteger(*unit) == 3;
+    const double perMetre = centimetres ? 100.0 : 1 / 0.0254;
+    const QSize size(rounded(static_cast<double>(x->toFloat()) * perMetre),
+                     rounded(static_cast<double>(y->toFloat()) * perMetre));
+    constexpr int credible = 1000000; // 25,400 dpi
+    if (size.isEmpty() || size.width() > credible || size.height() > credible)
+        return std::nullopt;
+    return size;
+}
+
 std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *error)
 {
     prepareLibrary();
@@ -66,20 +104,27 @@ std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *err
     try {
         const Exiv2Compat::ImagePtr image = Exiv2::ImageFactory::open(nativePath);
         image->readMetadata();
-        return PhotoMetadata{image->exifData(), image->iptcData(), image->xmpData(), Exiv2Compat::iccProfile(*image)};
+        PhotoMetadata metadata{image->exifData(), image->iptcData(), image->xmpData(),
+                               Exiv2Compat::iccProfile(*image), image->byteOrder()};
+        if (image->mimeType() == "image/tiff")
+            dropPixelLayout(metadata.exif);
+        return metadata;
     } catch (const std::exception &exception) {
         *error = QString::fromUtf8(exception.what());
         return std::nullopt;
     }
 }
 
-std::optional<QByteArray> withMetadata(const QByteArray &encoded, const PhotoMetadata &metadata, QString *error)
+std::optional<QByteArray> withMetadata(const QByteArray &encoded, const PhotoMetadata &metadata,
+                                       QString *error)
 {
     prepareLibrary();
     const QMutexLocker locker(&metadataMutex);
     try {
         const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
         image->readMetadata();
+        if (metadata.byteOrder != Exiv2::invalidByteOrder)
+            image->setByteOrder(metadata.byteOrder);
         image->setExifData(metadata.exif);
         image->setIptcData(metadata.iptc);
         image->setXmpData(metadata.xmp);

@@ -32,8 +32,22 @@ QByteArray contentsOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Calls `place` with the candidate names base, "base (1)", "base (2)", ... as `nameOf` forms them (0 for the first) until one
-// is not taken. Returns the name that was placed, or nothing on a real failure.
+// The density that a camera's photo has in its tags alone must not be contradicted by one that the writer
+// makes up.
+void settleDensity(QImage &image, const PhotoMetadata &metadata)
+{
+    const QImage unclaimed(1, 1, QImage::Format_RGB32);
+    if (image.dotsPerMeterX() != unclaimed.dotsPerMeterX() ||
+        image.dotsPerMeterY() != unclaimed.dotsPerMeterY())
+        return;
+    constexpr QSize exifDefault(2835, 2835); // 72 dpi
+    const QSize dotsPerMeter = metadata.dotsPerMeter().value_or(exifDefault);
+    image.setDotsPerMeterX(dotsPerMeter.width());
+    image.setDotsPerMeterY(dotsPerMeter.height());
+}
+
+// Calls `place` with the candidate names base, "base (1)", "base (2)", ... as `nameOf` forms them (0 for the
+// first) until one is not taken. Returns the name that was placed, or nothing on a real failure.
 template <typename NameOf, typename Place>
 std::optional<QString> placeUnderFreeName(const NameOf &nameOf, const Place &place)
 {
@@ -128,19 +142,20 @@ bool PhotoPipeline::copyToOutputFolder()
 // Whether this photo lies in an output folder inside the root, where an earlier run has put it.
 bool PhotoPipeline::isEarlierResult() const
 {
-    return m_run.outputInsideRoot && canonicalPath(m_sourcePath).startsWith(canonicalPath(m_options.outputFolder) + u'/');
+    return m_run.outputInsideRoot &&
+           canonicalPath(m_sourcePath).startsWith(canonicalPath(m_options.outputFolder) + u'/');
 }
 
-// Whether `target` is a photo that this run must not delete: this one, also when only a link leads from one path to the
-// other, or another photo of the run.
+// Whether `target` is a photo that this run must not delete: this one, also when only a link leads from one
+// path to the other, or another photo of the run.
 bool PhotoPipeline::isPhotoOfRun(const QString &target) const
 {
     const QString canonicalTarget = canonicalPath(target);
     if (canonicalTarget == canonicalPath(m_sourcePath))
         return true;
     const QString root = canonicalPath(m_run.directory) + u'/';
-    return !m_run.outputInsideRoot && canonicalTarget.startsWith(root)
-           && m_run.photos.contains(m_run.directory + u'/' + canonicalTarget.mid(root.size()));
+    return !m_run.outputInsideRoot && canonicalTarget.startsWith(root) &&
+           m_run.photos.contains(m_run.directory + u'/' + canonicalTarget.mid(root.size()));
 }
 
 void PhotoPipeline::backUp()
@@ -156,7 +171,9 @@ void PhotoPipeline::backUp()
         const QString number = counter == 0 ? QString() : QStringLiteral("(%1)").arg(counter);
         return QStringLiteral("%1_backup%2.%3").arg(photo.baseName(), number, photo.suffix());
     };
-    const auto place = [&](const QString &name) { return m_run.placer.copy(m_sourcePath, QDir(folder).filePath(name)); };
+    const auto place = [&](const QString &name) {
+        return m_run.placer.copy(m_sourcePath, QDir(folder).filePath(name));
+    };
     if (const std::optional<QString> name = placeUnderFreeName(nameOf, place))
         write(QStringLiteral("Backup creado: ") + QDir(folder).filePath(*name));
     else
@@ -178,8 +195,8 @@ void PhotoPipeline::readMetadata()
         return;
     }
     m_data.dateTime = QDateTime::currentDateTime();
-    write(QStringLiteral("Fecha de captura no encontrada en metadata para ") + m_name
-          + QStringLiteral(". Usando fecha/hora actual."));
+    write(QStringLiteral("Fecha de captura no encontrada en metadata para ") + m_name +
+          QStringLiteral(". Usando fecha/hora actual."));
 }
 
 bool PhotoPipeline::settlePosition()
@@ -194,12 +211,13 @@ void PhotoPipeline::settlePositionFromExif()
 {
     const std::optional<GpsData> gps = gpsOf(m_metadata);
     if (!gps) {
-        write(QStringLiteral("Datos GPS no encontrados en EXIF para ") + m_name
-              + QStringLiteral(". Usando coords fijas."));
+        write(QStringLiteral("Datos GPS no encontrados en EXIF para ") + m_name +
+              QStringLiteral(". Usando coords fijas."));
         return;
     }
     write(QStringLiteral("Lat: %1, Lon: %2, Orientación: %3, Altitud: %4")
-              .arg(general(gps->latitude), general(gps->longitude), general(gps->orientation), general(gps->altitude)));
+              .arg(general(gps->latitude), general(gps->longitude), general(gps->orientation),
+                   general(gps->altitude)));
     m_data.utm = latLonToUtm(gps->latitude, gps->longitude);
     m_data.geo = GeoPosition{gps->latitude, gps->longitude};
     m_data.orientation = gps->orientation;
@@ -220,9 +238,9 @@ bool PhotoPipeline::settlePositionFromTable()
     if (row->hasAltitude)
         m_data.altitude = row->altitude;
 
-    QString line = QStringLiteral("Usando datos TXT: Zona ") + formatZone(row->zone, row->zoneLetter)
-                   + QStringLiteral(", Easting: ") + general(row->easting) + QStringLiteral(", Northing: ")
-                   + general(row->northing);
+    QString line = QStringLiteral("Usando datos TXT: Zona ") + formatZone(row->zone, row->zoneLetter) +
+                   QStringLiteral(", Easting: ") + general(row->easting) + QStringLiteral(", Northing: ") +
+                   general(row->northing);
     if (row->hasOrientation)
         line += QStringLiteral(", Orientación: ") + general(row->orientation);
     if (row->hasAltitude)
@@ -231,8 +249,8 @@ bool PhotoPipeline::settlePositionFromTable()
 
     if (row->hasDateTime) {
         m_data.dateTime = row->dateTime;
-        write(QStringLiteral("Usando fecha/hora del archivo TXT: ")
-              + row->dateTime.toString(QStringLiteral("dd/MM/yyyy HH:mm:ss")));
+        write(QStringLiteral("Usando fecha/hora del archivo TXT: ") +
+              row->dateTime.toString(QStringLiteral("dd/MM/yyyy HH:mm:ss")));
     }
     return true;
 }
@@ -266,11 +284,12 @@ bool PhotoPipeline::rename()
     return true;
 }
 
-// In the output folder every photo first arrives under its own name and takes the place of an earlier result. That name must
-// not be given to another photo meanwhile.
+// In the output folder every photo first arrives under its own name and takes the place of an earlier result.
+// That name must not be given to another photo meanwhile.
 bool PhotoPipeline::isReserved(const QString &fileName) const
 {
-    return m_options.useOutputFolder && m_run.photos.contains(QFileInfo(m_sourcePath).dir().filePath(fileName));
+    return m_options.useOutputFolder &&
+           m_run.photos.contains(QFileInfo(m_sourcePath).dir().filePath(fileName));
 }
 
 std::optional<QImage> PhotoPipeline::paintedImage()
@@ -280,6 +299,7 @@ std::optional<QImage> PhotoPipeline::paintedImage()
         write(QStringLiteral("Error al abrir la imagen: ") + m_workingPath);
         return std::nullopt;
     }
+    settleDensity(image, m_metadata);
     if (!m_metadata.iccProfile.isEmpty() && !describesRgb(m_metadata.iccProfile)) {
         m_metadata.iccProfile.clear();
         image.setColorSpace(QColorSpace());
@@ -307,10 +327,12 @@ PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
         m_metadata.xmp.clear();
     }
 
-    // The file is replaced once, image and metadata together; the lines still tell of the two steps one after the other.
+    // The file is replaced once, image and metadata together; the lines still tell of the two steps one after
+    // the other.
     QString imageError;
     QString metadataError;
-    std::optional<QByteArray> contents = encodedImage(image, working.suffix(), m_options.jpegQuality, &imageError);
+    std::optional<QByteArray> contents =
+        encodedImage(image, working.suffix(), m_options.jpegQuality, &imageError);
     if (!contents)
         contents = contentsOf(m_workingPath);
     if (std::optional<QByteArray> complete = withMetadata(*contents, m_metadata, &metadataError))
@@ -327,7 +349,7 @@ PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
     if (metadataError.isEmpty())
         write(QStringLiteral("Metadatos escritos para ") + working.fileName());
     else
-        write(QStringLiteral("Error escribiendo metadatos en ") + working.fileName() + QStringLiteral(": ")
-              + metadataError);
+        write(QStringLiteral("Error escribiendo metadatos en ") + working.fileName() + QStringLiteral(": ") +
+              metadataError);
     return imageError.isEmpty() && metadataError.isEmpty() ? Outcome::Finished : Outcome::NotSaved;
 }

@@ -17,22 +17,22 @@
 /// What the photos of one run share. The tasks only read it.
 struct BatchRun {
     const ProcessOptions &options;
-    const LogCallback &log; ///< for the lines that do not wait for the end of the run
-    QString directory; ///< root of the run, absolute
-    QSet<QString> photos; ///< absolute paths of all photos of the run
-    bool outputInsideRoot = false; ///< the output folder is the root or lies inside it
+    const LogCallback &log;                ///< for the lines that do not wait for the end of the run
+    QString directory;                     ///< root of the run, absolute
+    QSet<QString> photos;                  ///< absolute paths of all photos of the run
+    bool outputInsideRoot = false;         ///< the output folder is the root or lies inside it
     std::optional<CoordinatesTable> table; ///< none in EXIF mode or without a coordinates file
     OverlayResources resources;
     FilePlacer placer;
 };
 
-/// The way of one photo through a run: copy or backup, metadata, position, name, overlay, saving. Each step writes its
-/// lines to the photo's own list. An object serves one photo, on one thread.
+/// The way of one photo through a run: copy or backup, metadata, position, name, overlay, saving. Each step
+/// writes its lines to the photo's own list. An object serves one photo, on one thread.
 class PhotoPipeline
 {
 public:
     enum class Outcome {
-        Left, ///< given up on the way; its lines are not shown
+        Left,     ///< given up on the way; its lines are not shown
         NotSaved, ///< went to the end, but image or metadata could not be written
         Finished,
     };

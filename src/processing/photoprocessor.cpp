@@ -62,8 +62,8 @@ bool liesWithin(const QString &folder, const QString &root)
     return canonicalFolder == canonicalRoot || canonicalFolder.startsWith(canonicalRoot + u'/');
 }
 
-// Calls `task` for every photo, on `threads` threads of a pool of its own: Qt's painting on the GUI thread uses the global
-// pool and would stand still while that is full. A single photo is done here and now.
+// Calls `task` for every photo, on `threads` threads of a pool of its own: Qt's painting on the GUI thread
+// uses the global pool and would stand still while that is full. A single photo is done here and now.
 template <typename Task>
 void mapPhotos(QStringList photos, int threads, const Task &task)
 {
@@ -141,27 +141,34 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
     LogSlots logSlots(total);
     std::atomic<int> done = 0;
     std::atomic<int> finished = 0;
-    const BatchRun run{m_options, log, QDir(directory).absolutePath(), QSet<QString>(photos.begin(), photos.end()),
-                       liesWithin(m_options.outputFolder, directory), table,
-                       OverlayResources{&logo, loadedFontFamily(m_options.fontPath, log)}, FilePlacer()};
+    const BatchRun run{m_options,
+                       log,
+                       QDir(directory).absolutePath(),
+                       QSet<QString>(photos.begin(), photos.end()),
+                       liesWithin(m_options.outputFolder, directory),
+                       table,
+                       OverlayResources{&logo, loadedFontFamily(m_options.fontPath, log)},
+                       FilePlacer()};
 
-    mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(), [&](const QString &path) {
-        const size_t slot = logSlots.take();
-        PhotoPipeline pipeline(run, path);
-        const PhotoPipeline::Outcome outcome = processGuarded(pipeline, path);
-        if (outcome == PhotoPipeline::Outcome::Left)
-            return;
-        if (outcome == PhotoPipeline::Outcome::Finished)
-            ++finished;
-        const int doneNow = done.fetch_add(1) + 1;
-        if (progress)
-            progress(doneNow, total);
-        logSlots.fill(slot, pipeline.lines());
-    });
+    mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
+              [&](const QString &path) {
+                  const size_t slot = logSlots.take();
+                  PhotoPipeline pipeline(run, path);
+                  const PhotoPipeline::Outcome outcome = processGuarded(pipeline, path);
+                  if (outcome == PhotoPipeline::Outcome::Left)
+                      return;
+                  if (outcome == PhotoPipeline::Outcome::Finished)
+                      ++finished;
+                  const int doneNow = done.fetch_add(1) + 1;
+                  if (progress)
+                      progress(doneNow, total);
+                  logSlots.fill(slot, pipeline.lines());
+              });
 
     logSlots.flush(log);
     m_summary = {total, finished};
-    log(QStringLiteral("Se procesaron %1 fotos en %2.").arg(QString::number(total), elapsedText(timer.elapsed())));
+    log(QStringLiteral("Se procesaron %1 fotos en %2.")
+            .arg(QString::number(total), elapsedText(timer.elapsed())));
 }
 
 CoordinatesTable PhotoProcessor::readCoordinatesFile(const QString &path, const LogCallback &log)
@@ -169,15 +176,18 @@ CoordinatesTable PhotoProcessor::readCoordinatesFile(const QString &path, const 
     return ::readCoordinatesFile(path, log);
 }
 
-void PhotoProcessor::fillAltitudesFromApi(const QString &csvPath, const QString &provider, const QString &apiKey,
-                                          bool overwrite, const LogCallback &log, const ProgressCallback &progress)
+void PhotoProcessor::fillAltitudesFromApi(const QString &csvPath, const QString &provider,
+                                          const QString &apiKey, bool overwrite, const LogCallback &log,
+                                          const ProgressCallback &progress)
 {
     ::fillAltitudesFromApi(csvPath, provider, apiKey, overwrite, log, progress);
 }
 
 QString elapsedText(qint64 ms)
 {
-    const auto padded = [](qint64 number) { return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0')); };
+    const auto padded = [](qint64 number) {
+        return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+    };
     const qint64 hours = ms / 3600000;
     const qint64 minutes = (ms % 3600000) / 60000;
     const qint64 seconds = (ms % 60000) / 1000;

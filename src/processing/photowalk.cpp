@@ -28,8 +28,8 @@ QStringList findPhotos(const QString &directory, bool includeSubfolders, PhotoWa
     if (directory.isEmpty())
         return photos;
 
-    static const QStringList nameFilters{QStringLiteral("*.jpg"), QStringLiteral("*.jpeg"), QStringLiteral("*.png"),
-                                         QStringLiteral("*.tiff")};
+    static const QStringList nameFilters{QStringLiteral("*.jpg"), QStringLiteral("*.jpeg"),
+                                         QStringLiteral("*.png"), QStringLiteral("*.tiff")};
     const QString root = QDir(directory).absolutePath();
     const QString backupFolder = QDir(root).filePath(QStringLiteral("Backup")) + QLatin1Char('/');
     QDirIterator iterator(root, nameFilters, entriesOf(walk, includeSubfolders),

@@ -169,7 +169,8 @@ QString formatZone(int zone, char zoneLetter)
 QString formatUtm(int zone, char zoneLetter, double easting, double northing)
 {
     return QStringLiteral("%1 %2 %3")
-        .arg(formatZone(zone, zoneLetter), QString::number(easting, 'f', 0), QString::number(northing, 'f', 0));
+        .arg(formatZone(zone, zoneLetter), QString::number(easting, 'f', 0),
+             QString::number(northing, 'f', 0));
 }
 
 QString formatDms(double value, const QString &positiveLabel, const QString &negativeLabel)

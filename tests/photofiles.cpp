@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "photofiles.h"
+
+#include "processing/exifreader.h"
+#include "processing/exiv2compat.h"
+
+#include <QFile>
+
+QImage plainImage(QSize size, const QColor &colour)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(colour);
+    return image;
+}
+
+void writePhoto(const QString &path, const QImage &image, const Tags &tags)
+{
+    if (!image.save(path, nullptr, 95))
+        qFatal("cannot write %s", qPrintable(path));
+    if (tags.isEmpty())
+        return;
+    const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
+    file->readMetadata();
+    for (auto tag = tags.begin(); tag != tags.end(); ++tag) {
+        const std::string key = tag.key().toStdString();
+        const std::string value = tag.value().toStdString();
+        if (tag.key().startsWith("Iptc."))
+            file->iptcData()[key] = value;
+        else if (tag.key().startsWith("Xmp."))
+            file->xmpData()[key] = value;
+        else
+            file->exifData()[key] = value;
+    }
+    file->writeMetadata();
+}
+
+Tags gpsTags()
+{
+    return {{"Exif.GPSInfo.GPSLatitude", "33/1 27/1 0/1"},
+            {"Exif.GPSInfo.GPSLatitudeRef", "S"},
+            {"Exif.GPSInfo.GPSLongitude", "70/1 40/1 0/1"},
+            {"Exif.GPSInfo.GPSLongitudeRef", "W"},
+            {"Exif.GPSInfo.GPSImgDirection", "905/10"},
+            {"Exif.GPSInfo.GPSAltitude", "52025/100"},
+            {"Exif.Photo.DateTimeOriginal", "2024:03:05 14:07:09"}};
+}
+
+QByteArray tagOf(const QString &path, const QByteArray &key)
+{
+    try {
+        const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
+        file->readMetadata();
+        const std::string name = key.toStdString();
+        if (key.startsWith("Iptc."))
+            return QByteArray::fromStdString(file->iptcData()[name].toString());
+        if (key.startsWith("Xmp."))
+            return QByteArray::fromStdString(file->xmpData()[name].toString());
+        const auto tag = file->exifData().findKey(Exiv2::ExifKey(name));
+        return tag == file->exifData().end() ? QByteArray() : QByteArray::fromStdString(tag->toString());
+    } catch (const std::exception &) {
+        return {};
+    }
+}
+
+QByteArray bytesOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeText(const QString &path, const QByteArray &text)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
