@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/imagefile.h"
 
+#include "processing/jpegcodec.h"
+
 #include <QBuffer>
 #include <QColorSpace>
+#include <QFile>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QPainter>
@@ -65,8 +68,17 @@ QImage readImage(const QString &path)
     static std::once_flag once;
     std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
 
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    if (file.peek(3) == "\xff\xd8\xff") {
+        const QImage photo = decodedJpeg(file.readAll(), decodingLimitMegabytes);
+        if (!photo.isNull())
+            return photo;
+        file.seek(0);
+    }
+
+    QImageReader reader(&file);
     reader.setAutoTransform(false);
     const QImage image = withoutRawMetadata(reader.read());
     if (image.isNull() || paintsInFullColour(image))
@@ -78,7 +90,11 @@ std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffi
                                        QString *error)
 {
     const QByteArray format = suffix.toLower().toLatin1();
-    const bool isJpeg = format == "jpg" || format == "jpeg";
+    if (format == "jpg" || format == "jpeg") {
+        const QImage opaque = image.hasAlphaChannel() ? laidOnWhite(image) : image;
+        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, error);
+    }
+
     QByteArray encoded;
     QBuffer buffer(&encoded);
     buffer.open(QIODevice::WriteOnly);
@@ -86,7 +102,7 @@ std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffi
     writer.setQuality(quality);
     if (format == "png")
         writer.setCompression(0);
-    if (writer.write(isJpeg && image.hasAlphaChannel() ? laidOnWhite(image) : image))
+    if (writer.write(image))
         return encoded;
     *error = writer.errorString();
     return std::nullopt;
