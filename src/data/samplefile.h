@@ -13,8 +13,8 @@ struct SampleRow {
     QString name; ///< file name with extension, no folder
     std::optional<UtmPosition> position;
     std::optional<double> orientation; ///< degrees; written truncated to an integer
-    std::optional<double> altitude; ///< metres; written with one decimal
-    QDateTime dateTime; ///< written in ISO 8601 form
+    std::optional<double> altitude;    ///< metres; written with one decimal
+    QDateTime dateTime;                ///< written in ISO 8601 form
 };
 
 /// The line of one photo in a coordinates file, with its line feed.

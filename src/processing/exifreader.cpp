@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/exifreader.h"
 
+#include "core/clockreading.h"
 #include "processing/photometadata.h"
 
 #include <QDebug>
@@ -85,8 +86,8 @@ std::optional<QDateTime> captureDateOf(const PhotoMetadata &metadata)
         const auto *tag = find(metadata.exif, key);
         if (!tag)
             continue;
-        const QDateTime dateTime = QDateTime::fromString(QString::fromStdString(tag->toString()),
-                                                         QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+        const QDateTime dateTime =
+            clockReading(QString::fromStdString(tag->toString()), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
         if (dateTime.isValid())
             return dateTime;
     }

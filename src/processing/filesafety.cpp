@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/filesafety.h"
 
+#include "core/devices.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
@@ -96,7 +98,7 @@ QString canonicalPath(const QString &path)
 bool replaceContents(const QString &path, const QByteArray &contents, const FileStamp &stamp, QString *error)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
+    if (!file.open(QIODevice::WriteOnly) || !writeAll(file, contents)) {
         *error = file.errorString();
         return false;
     }
