@@ -6,6 +6,22 @@
 
 #include <QFile>
 
+namespace
+{
+
+// The library's own parser stops at the largest signed number.
+Exiv2::URationalValue rationals(const QByteArray &text)
+{
+    Exiv2::URationalValue value;
+    for (const QByteArray &rational : text.split(' ')) {
+        const QByteArrayList parts = rational.split('/');
+        value.value_.emplace_back(parts.at(0).toUInt(), parts.at(1).toUInt());
+    }
+    return value;
+}
+
+} // namespace
+
 QImage plainImage(QSize size, const QColor &colour)
 {
     QImage image(size, QImage::Format_RGB32);
@@ -28,6 +44,8 @@ void writePhoto(const QString &path, const QImage &image, const Tags &tags)
             file->iptcData()[key] = value;
         else if (tag.key().startsWith("Xmp."))
             file->xmpData()[key] = value;
+        else if (tag.value().contains('/'))
+            file->exifData()[key] = rationals(tag.value());
         else
             file->exifData()[key] = value;
     }
