@@ -78,8 +78,9 @@ Placing FilePlacer::copy(const QString &from, const QString &to) const
 {
     if (exists(to))
         return Placing::NameTaken;
-    // The ending keeps what a killed process leaves behind from being taken for a photo.
-    const QString unfinished = to + QLatin1Char('.') + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    // Not a photo's name: what a killed process leaves behind must not be taken for one.
+    const QString unfinished = QFileInfo(to).path() + QStringLiteral("/.velmaro-") +
+                               QUuid::createUuid().toString(QUuid::WithoutBraces);
     if (!QFile::copy(from, unfinished))
         return Placing::Failed;
     const Placing placing = rename(unfinished, to);

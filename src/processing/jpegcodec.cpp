@@ -32,13 +32,18 @@ bool hasJfifHeader(const QByteArray &encoded)
            encoded.mid(jfifName, 4) == "JFIF";
 }
 
+int bigEndian16(const QByteArray &bytes, qsizetype at)
+{
+    return static_cast<uchar>(bytes[at]) << 8 | static_cast<uchar>(bytes[at + 1]);
+}
+
 void readDensity(const QByteArray &encoded, QImage &image)
 {
     if (!hasJfifHeader(encoded))
         return;
     const int unit = encoded[jfifUnit];
-    const auto across = qFromBigEndian<quint16>(encoded.constData() + jfifAcross);
-    const auto down = qFromBigEndian<quint16>(encoded.constData() + jfifDown);
+    const int across = bigEndian16(encoded, jfifAcross);
+    const int down = bigEndian16(encoded, jfifDown);
     if ((unit != 1 && unit != 2) || across == 0 || down == 0)
         return;
     const double perMetre = unit == 1 ? 1 / metresPerInch : 100.0;
