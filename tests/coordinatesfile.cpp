@@ -1,195 +1,268 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/coordinatesfile.h"
 
-#include "photofiles.h"
-
+#include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cmath>
+namespace
+{
 
-/// The table read from a coordinates file, and what is said about its rows.
+const QString header =
+    QStringLiteral("nombre_de_la_foto.jpg;zona;letra;easting;northing;orientacion;fecha_hora;altitud");
+
+struct Result {
+    CoordinatesTable table;
+    QStringList log;
+};
+
+} // namespace
+
 class CoordinatesFileTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void acceptsRows_data();
-    void acceptsRows();
-    void complains_data();
-    void complains();
-    void readsDates_data();
-    void readsDates();
+    void readsEveryColumn();
     void skipsHeaders_data();
     void skipsHeaders();
-    void keepsTheLastRowOfAName();
-    void reportsAMissingFile();
+    void takesOrRejectsRow_data();
+    void takesOrRejectsRow();
+    void takesLetter_data();
+    void takesLetter();
+    void takesDate_data();
+    void takesDate();
+    void keepsReadingInSkippedHour_data();
+    void keepsReadingInSkippedHour();
+    void tellsNamesApart();
+    void acceptsByteOrderMarks_data();
+    void acceptsByteOrderMarks();
+    void reportsMissingFile();
 
 private:
-    CoordinatesTable read(const QByteArray &contents);
+    Result read(const QByteArray &content) const;
+    Result read(const QStringList &lines) const { return read(lines.join(u'\n').toUtf8()); }
 
-    QTemporaryDir m_folder;
-    QStringList m_log;
+    QTemporaryDir m_dir;
 };
 
-CoordinatesTable CoordinatesFileTest::read(const QByteArray &contents)
+Result CoordinatesFileTest::read(const QByteArray &content) const
 {
-    const QString path = m_folder.filePath(QStringLiteral("tabla.csv"));
-    writeText(path, contents);
-    m_log.clear();
-    return readCoordinatesFile(path, [this](const QString &line) { m_log.append(line); });
+    QFile file(m_dir.filePath(QStringLiteral("coordenadas.csv")));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("cannot write the coordinates file");
+    file.close();
+    Result result;
+    result.table =
+        readCoordinatesFile(file.fileName(), [&](const QString &line) { result.log.append(line); });
+    return result;
 }
 
-void CoordinatesFileTest::acceptsRows_data()
+void CoordinatesFileTest::readsEveryColumn()
 {
-    QTest::addColumn<QByteArray>("row");
-    QTest::addColumn<QString>("values"); // zone, letter, easting, northing, heading, altitude; "-" for none
-
-    QTest::newRow("whole") << QByteArray("a.jpg;19;H;350000.5;6300000.25;90.5;;-12.5")
-                           << QStringLiteral("19 H 350000.5 6300000.25 90.5 -12.5");
-    QTest::newRow("five columns") << QByteArray("a.jpg;19;H;1;2") << QStringLiteral("19 H 1 2 - -");
-    QTest::newRow("blanks") << QByteArray(" a.jpg ; 19 ; H ; 1 ; 2 ; 3 ; ; 4 ")
-                            << QStringLiteral("19 H 1 2 3 4");
-    QTest::newRow("no letter") << QByteArray("a.jpg;19;;1;2") << QStringLiteral("19 N 1 2 - -");
-    QTest::newRow("long letter") << QByteArray("a.jpg;19;hola;1;2") << QStringLiteral("19 h 1 2 - -");
-    QTest::newRow("letter of Latin-1") << QByteArray("a.jpg;19;Ñ;1;2") << QStringLiteral("19 Ñ 1 2 - -");
-    QTest::newRow("letter beyond Latin-1") << QByteArray("a.jpg;19;Ω;1;2") << QStringLiteral("19 0 1 2 - -");
-    QTest::newRow("empty values") << QByteArray("a.jpg;-3;H;1e3;-2;;;") << QStringLiteral("-3 H 1000 -2 - -");
-    QTest::newRow("more columns") << QByteArray("a.jpg;19;H;1;2;3;;4;5;6") << QStringLiteral("19 H 1 2 3 4");
-    QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbf"
-                                                   "a.jpg;19;H;1;2")
-                                     << QStringLiteral("19 H 1 2 - -");
-    QTest::newRow("CR LF") << QByteArray("a.jpg;19;H;1;2;3;;4\r\n") << QStringLiteral("19 H 1 2 3 4");
-}
-
-void CoordinatesFileTest::acceptsRows()
-{
-    QFETCH(QByteArray, row);
-    const CoordinatesTable table = read(row);
-    QCOMPARE(m_log, QStringList());
-    QCOMPARE(table.keys(), QStringList(QStringLiteral("a.jpg")));
-    const UtmEntry entry = table.first();
-    const auto number = [](double value) {
-        return QString::number(value, 'g', 12);
-    };
-    const QString letter = entry.zoneLetter ? QString(QLatin1Char(entry.zoneLetter)) : QStringLiteral("0");
-    const QStringList values{QString::number(entry.zone),
-                             letter,
-                             number(entry.easting),
-                             number(entry.northing),
-                             entry.hasOrientation ? number(entry.orientation) : QStringLiteral("-"),
-                             entry.hasAltitude ? number(entry.altitude) : QStringLiteral("-")};
-    QTEST(values.join(QLatin1Char(' ')), "values");
-    QVERIFY(!entry.hasDateTime && !entry.dateTime.isValid());
-}
-
-void CoordinatesFileTest::complains_data()
-{
-    QTest::addColumn<QString>("row");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<bool>("kept");
-
-    const auto add = [](const char *row, const char *message, bool kept) {
-        QTest::newRow(row) << QString::fromUtf8(row) << QString::fromUtf8(message) << kept;
-    };
-    add(" a.jpg;19;H;1", "Línea inválida en archivo txt (menos de 5 columnas):  a.jpg;19;H;1", false);
-    add("a.jpg;19,5;H;1;2", "Zona UTM inválida para a.jpg: 19,5", false);
-    add("a.jpg;4294967296;H;1;2", "Zona UTM inválida para a.jpg: 4294967296", false);
-    add("a.jpg;19;H;350000,5;2", "Easting inválido para a.jpg: 350000,5", false);
-    add("a.jpg;19;H;1; dos ", "Northing inválido para a.jpg: dos", false);
-    add("a.jpg;19;H;1;2;abc;2024-01-02 03:04:05;12", "Orientación inválida para a.jpg: abc", true);
-    add("a.jpg;19;H;1;2;;ayer;12", "Fecha inválida en archivo txt para a.jpg: ayer", true);
-    add("a.jpg;19;H;1;2;;;1.234,5", "Altitud inválida para a.jpg: 1.234,5", true);
-}
-
-void CoordinatesFileTest::complains()
-{
-    QFETCH(QString, row);
-    QFETCH(QString, message);
-    QFETCH(bool, kept);
-    const CoordinatesTable table = read("z.jpg;1;H;1;1\n" + row.toUtf8() + "\n\nb.jpg;1;H;1;1\n");
-    QCOMPARE(m_log, QStringList(message));
-    QCOMPARE(table.contains(QStringLiteral("a.jpg")), kept);
-    QCOMPARE(table.size(), kept ? 3 : 2);
-    if (row.contains(QLatin1String("abc"))) {
-        QVERIFY(table[QStringLiteral("a.jpg")].hasDateTime);
-        QCOMPARE(table[QStringLiteral("a.jpg")].altitude, 12.0);
+    const Result result = read(
+        QByteArray("  IMG_1.jpg ; 19 ; H ;350000.5; 6300000.25 ;45.5;2024-01-02 03:04:05; 12.5 ;more;x\r\n"
+                   "IMG_2.jpg;20;K;1;2\r\n\r\nIMG_3.jpg;21;L;3;4;;;"));
+    QCOMPARE(result.log, QStringList());
+    QCOMPARE(result.table.keys(), QStringList({QStringLiteral("IMG_1.jpg"), QStringLiteral("IMG_2.jpg"),
+                                               QStringLiteral("IMG_3.jpg")}));
+    const UtmEntry full = result.table.value(QStringLiteral("IMG_1.jpg"));
+    QCOMPARE(full.zone, 19);
+    QCOMPARE(full.zoneLetter, 'H');
+    QCOMPARE(full.easting, 350000.5);
+    QCOMPARE(full.northing, 6300000.25);
+    QVERIFY(full.hasOrientation && full.hasDateTime && full.hasAltitude);
+    QCOMPARE(full.orientation, 45.5);
+    QCOMPARE(full.dateTime, QDateTime(QDate(2024, 1, 2), QTime(3, 4, 5)));
+    QCOMPARE(full.altitude, 12.5);
+    for (const QString &name : {QStringLiteral("IMG_2.jpg"), QStringLiteral("IMG_3.jpg")}) {
+        const UtmEntry bare = result.table.value(name);
+        QVERIFY(!bare.hasOrientation && !bare.hasDateTime && !bare.hasAltitude);
+        QVERIFY(!bare.dateTime.isValid());
     }
-}
-
-void CoordinatesFileTest::readsDates_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("shown"); // empty: not accepted
-
-    const auto add = [](const char *text, const char *shown) {
-        QTest::newRow(text) << QString::fromLatin1(text) << QString::fromLatin1(shown);
-    };
-    const char *expected = "02/01/2024 03:04:05";
-    add("2024-01-02T03:04:05", expected);
-    add("2024-01-02 03:04:05", expected);
-    add("02/01/2024 03:04:05", expected);
-    add("2024-01-02T03:04:05Z", expected);
-    add("2024-01-02T03:04:05-07:30", expected);
-    add("2024/01/02 03:04:05", "");
-    add("02/01/24 03:04:05", "");
-    add("31/02/2024 03:04:05", "");
-    // Clocks in Santiago go from 23:59 to 01:00 that night, the camera's may not.
-    add("2024-09-08T00:30:00", "08/09/2024 00:30:00");
-    add("08/09/2024 00:30:00", "08/09/2024 00:30:00");
-}
-
-void CoordinatesFileTest::readsDates()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, shown);
-    const UtmEntry entry = read("a.jpg;19;H;1;2;;" + text.toLatin1() + ";").first();
-    QCOMPARE(entry.hasDateTime, !shown.isEmpty());
-    QCOMPARE(entry.dateTime.toString(QStringLiteral("dd/MM/yyyy HH:mm:ss")), shown);
-    QCOMPARE(m_log.size(), shown.isEmpty() ? 1 : 0);
-    if (text.endsWith(QLatin1Char('Z')))
-        QCOMPARE(entry.dateTime.timeSpec(), Qt::LocalTime);
 }
 
 void CoordinatesFileTest::skipsHeaders_data()
 {
-    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QStringList>("top");
     QTest::addColumn<QStringList>("log");
+    const QString fewColumns = QStringLiteral("Línea inválida en archivo txt (menos de 5 columnas): ");
 
-    const QByteArray header = coordinatesHeader().toUtf8() + '\n';
-    QTest::newRow("the usual one") << header << QStringList();
-    QTest::newRow("two, any case") << QByteArray("NOMBRE;ZONA\n") + header << QStringList();
-    QTest::newRow("with byte order mark") << "\xef\xbb\xbf" + header << QStringList();
+    QTest::newRow("none") << QStringList() << QStringList();
+    QTest::newRow("canonical") << QStringList{header} << QStringList();
+    QTest::newRow("upper case with zone only")
+        << QStringList{QStringLiteral("NOMBRE;ZONA;...")} << QStringList();
+    QTest::newRow("with easting only") << QStringList{QStringLiteral("Nombre;Easting")} << QStringList();
+    QTest::newRow("two") << QStringList{header, header} << QStringList();
     QTest::newRow("after a blank line")
-        << '\n' + header << QStringList(QStringLiteral("Zona UTM inválida para nombre_de_la_foto.jpg: zona"));
-    QTest::newRow("without the words")
-        << QByteArray("nombre;a;b;c;d\n") << QStringList(QStringLiteral("Zona UTM inválida para nombre: a"));
-    QTest::newRow("after a row") << "b.jpg;1;H;1;1\n" + header
-                                 << QStringList(
-                                        QStringLiteral("Zona UTM inválida para nombre_de_la_foto.jpg: zona"));
+        << QStringList{QString(), header}
+        << QStringList{QStringLiteral("Zona UTM inválida para nombre_de_la_foto.jpg: zona")};
+    QTest::newRow("neither zone nor easting")
+        << QStringList{QStringLiteral(" nombre;x"), header}
+        << QStringList{fewColumns + QStringLiteral(" nombre;x"),
+                       QStringLiteral("Zona UTM inválida para nombre_de_la_foto.jpg: zona")};
 }
 
 void CoordinatesFileTest::skipsHeaders()
 {
-    QFETCH(QByteArray, head);
-    QVERIFY(read(head + "a.jpg;19;H;1;2\n").contains(QStringLiteral("a.jpg")));
-    QTEST(m_log, "log");
+    QFETCH(QStringList, top);
+    QFETCH(QStringList, log);
+    const Result result = read(top + QStringList{QStringLiteral("a.jpg;19;H;1;2")});
+    QCOMPARE(result.log, log);
+    QCOMPARE(result.table.keys(), QStringList{QStringLiteral("a.jpg")});
 }
 
-void CoordinatesFileTest::keepsTheLastRowOfAName()
+void CoordinatesFileTest::takesOrRejectsRow_data()
 {
-    const CoordinatesTable table = read("a.jpg;1;H;1;1\nA.jpg;2;H;1;1\na.jpg;3;H;1;1;5\n");
-    QCOMPARE(table.size(), 2);
-    QCOMPARE(table[QStringLiteral("a.jpg")].zone, 3);
-    QCOMPARE(table[QStringLiteral("A.jpg")].zone, 2);
+    QTest::addColumn<QString>("row");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("taken");
+    const auto add = [](const char *name, const QString &row, const QString &message, bool taken) {
+        QTest::newRow(name) << row << message << taken;
+    };
+    add("four columns", QStringLiteral(" a.jpg;19;H;1"),
+        QStringLiteral("Línea inválida en archivo txt (menos de 5 columnas):  a.jpg;19;H;1"), false);
+    add("fractional zone", QStringLiteral("a.jpg; 19.5 ;H;1;2"),
+        QStringLiteral("Zona UTM inválida para a.jpg: 19.5"), false);
+    add("zone beyond 32 bits", QStringLiteral("a.jpg;2147483648;H;1;2"),
+        QStringLiteral("Zona UTM inválida para a.jpg: 2147483648"), false);
+    add("zone out of range", QStringLiteral("a.jpg;-61;H;1;2"), QString(), true);
+    add("decimal comma", QStringLiteral("a.jpg;19;H;350000,5;6300000"),
+        QStringLiteral("Easting inválido para a.jpg: 350000,5"), false);
+    add("grouped northing", QStringLiteral("a.jpg;19;H;350000;6,300,000"),
+        QStringLiteral("Northing inválido para a.jpg: 6,300,000"), false);
+    add("no northing", QStringLiteral("a.jpg;19;H;350000;"), QStringLiteral("Northing inválido para a.jpg: "),
+        false);
+    add("heading", QStringLiteral("a.jpg;19;H;1;2;abc"),
+        QStringLiteral("Orientación inválida para a.jpg: abc"), true);
+    add("date", QStringLiteral("a.jpg;19;H;1;2;;ayer"),
+        QStringLiteral("Fecha inválida en archivo txt para a.jpg: ayer"), true);
+    add("altitude", QStringLiteral("a.jpg;19;H;1;2;;;1.5 m"),
+        QStringLiteral("Altitud inválida para a.jpg: 1.5 m"), true);
 }
 
-void CoordinatesFileTest::reportsAMissingFile()
+void CoordinatesFileTest::takesOrRejectsRow()
 {
-    QStringList log;
-    const QString path = m_folder.filePath(QStringLiteral("nada.csv"));
-    QVERIFY(readCoordinatesFile(path, [&log](const QString &line) { log.append(line); }).isEmpty());
-    QCOMPARE(log, QStringList(QStringLiteral("Error al abrir el archivo TXT: ") + path));
+    QFETCH(QString, row);
+    QFETCH(QString, message);
+    QFETCH(bool, taken);
+    const Result result = read({QStringLiteral("x.jpg;1;N;1;1"), row, QStringLiteral("y.jpg;2;N;2;2")});
+    QCOMPARE(result.log, message.isEmpty() ? QStringList() : QStringList{message});
+    QCOMPARE(result.table.contains(QStringLiteral("a.jpg")), taken);
+    QCOMPARE(result.table.size(), taken ? 3 : 2);
+    const UtmEntry entry = result.table.value(QStringLiteral("a.jpg"));
+    QVERIFY(!entry.hasOrientation && !entry.hasDateTime && !entry.hasAltitude);
+}
+
+void CoordinatesFileTest::takesLetter_data()
+{
+    QTest::addColumn<QString>("column");
+    QTest::addColumn<int>("letter");
+    QTest::newRow("empty") << QStringLiteral("  ") << int('N');
+    QTest::newRow("first character as written") << QStringLiteral(" hK") << int('h');
+    QTest::newRow("Latin-1") << QStringLiteral("Ñ") << 0xD1;
+    QTest::newRow("beyond Latin-1") << QStringLiteral("Ω") << 0;
+}
+
+void CoordinatesFileTest::takesLetter()
+{
+    QFETCH(QString, column);
+    QFETCH(int, letter);
+    const Result result = read({QStringLiteral("a.jpg;19;") + column + QStringLiteral(";1;2")});
+    QCOMPARE(result.table.size(), 1);
+    QCOMPARE(int(static_cast<unsigned char>(result.table.first().zoneLetter)), letter);
+}
+
+void CoordinatesFileTest::takesDate_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QDateTime>("expected");
+    const QDateTime moment(QDate(2024, 1, 2), QTime(3, 4, 5));
+    for (const QString &text :
+         {QStringLiteral("2024-01-02T03:04:05"), QStringLiteral("2024-01-02 03:04:05"),
+          QStringLiteral("02/01/2024 03:04:05"), QStringLiteral("2024-01-02T03:04:05Z"),
+          QStringLiteral("2024-01-02T03:04:05+05:30"), QStringLiteral("2024-01-02T03:04:05-03:00")})
+        QTest::newRow(qPrintable(text)) << text << moment;
+    QTest::newRow("date only") << QStringLiteral("2024-01-02") << QDateTime(QDate(2024, 1, 2), QTime(0, 0));
+    QTest::newRow("end of day") << QStringLiteral("2024-01-02T24:00")
+                                << QDateTime(QDate(2024, 1, 3), QTime(0, 0));
+    for (const QString &text : {QStringLiteral("2024/01/02 03:04:05"), QStringLiteral("2024/01/02"),
+                                QStringLiteral("02/01/24 03:04:05"), QStringLiteral("31/02/2024 03:04:05"),
+                                QStringLiteral("02/01/2024 25:04:05"), QStringLiteral("02/01/2024"),
+                                QStringLiteral("2/1/2024 03:04:05"), QStringLiteral("02/01/2024 03:04:05x")})
+        QTest::newRow(qPrintable(text)) << text << QDateTime();
+}
+
+void CoordinatesFileTest::takesDate()
+{
+    QFETCH(QString, text);
+    QFETCH(QDateTime, expected);
+    const Result result = read({QStringLiteral("a.jpg;19;H;1;2;;") + text});
+    QCOMPARE(result.log.isEmpty(), expected.isValid());
+    QCOMPARE(result.table.size(), 1);
+    const UtmEntry entry = result.table.first();
+    QCOMPARE(entry.hasDateTime, expected.isValid());
+    QCOMPARE(entry.dateTime, expected);
+    QCOMPARE(entry.dateTime.timeSpec(), Qt::LocalTime);
+}
+
+void CoordinatesFileTest::keepsReadingInSkippedHour_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("ISO") << QStringLiteral("2024-09-08T00:30:00");
+    QTest::newRow("day first") << QStringLiteral("08/09/2024 00:30:00");
+    QTest::newRow("UTC") << QStringLiteral("2024-09-08T00:30:00Z");
+}
+
+// On 8 September 2024 the clocks of Santiago went from 24:00 to 1:00.
+void CoordinatesFileTest::keepsReadingInSkippedHour()
+{
+    QFETCH(QString, text);
+    if (QDateTime(QDate(2024, 9, 8), QTime(12, 0)).offsetFromUtc() != -3 * 3600)
+        QSKIP("needs TZ=America/Santiago");
+    const Result result = read({QStringLiteral("a.jpg;19;H;1;2;;") + text});
+    QCOMPARE(result.log, QStringList());
+    const QDateTime dateTime = result.table.value(QStringLiteral("a.jpg")).dateTime;
+    QCOMPARE(dateTime.toString(QStringLiteral("dd/MM/yyyy HH:mm:ss")), QStringLiteral("08/09/2024 00:30:00"));
+    QCOMPARE(dateTime.toUTC().time(), QTime(4, 30));
+}
+
+void CoordinatesFileTest::tellsNamesApart()
+{
+    const Result result = read({QStringLiteral("img_1.jpg;1;N;1;1;10"), QStringLiteral("IMG_1.jpg;2;N;2;2"),
+                                QStringLiteral("img_1.jpg;3;N;3;3")});
+    QCOMPARE(result.table.size(), 2);
+    QCOMPARE(result.table.value(QStringLiteral("IMG_1.jpg")).zone, 2);
+    QCOMPARE(result.table.value(QStringLiteral("img_1.jpg")).zone, 3);
+    QVERIFY(!result.table.value(QStringLiteral("img_1.jpg")).hasOrientation);
+}
+
+void CoordinatesFileTest::acceptsByteOrderMarks_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    const QString row = QStringLiteral("ñandú.jpg;19;H;1;2\r\n");
+    QTest::newRow("UTF-8") << QByteArray("\xEF\xBB\xBF") + row.toUtf8();
+    QStringEncoder utf16(QStringEncoder::Utf16LE, QStringConverter::Flag::WriteBom);
+    QTest::newRow("UTF-16") << QByteArray(utf16(row));
+}
+
+void CoordinatesFileTest::acceptsByteOrderMarks()
+{
+    QFETCH(QByteArray, content);
+    const Result result = read(content);
+    QCOMPARE(result.log, QStringList());
+    QCOMPARE(result.table.keys(), QStringList{QStringLiteral("ñandú.jpg")});
+}
+
+void CoordinatesFileTest::reportsMissingFile()
+{
+    for (const QString &path : {m_dir.filePath(QStringLiteral("ninguno.csv")), m_dir.path()}) {
+        QStringList log;
+        const CoordinatesTable table =
+            readCoordinatesFile(path, [&](const QString &line) { log.append(line); });
+        QVERIFY(table.isEmpty());
+        QCOMPARE(log, QStringList{QStringLiteral("Error al abrir el archivo TXT: ") + path});
+    }
 }
 
 QTEST_GUILESS_MAIN(CoordinatesFileTest)

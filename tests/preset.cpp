@@ -1,150 +1,170 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/preset.h"
 
-#include "photofiles.h"
-
 #include <QDoubleSpinBox>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <limits>
-
-/// Profiles: what they store and what becomes of keys that are missing or wrong.
 class PresetTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void storesEveryValue();
-    void fallsBackUnevenly_data();
-    void fallsBackUnevenly();
-    void takesNumbersAsSpinBoxesDo();
+    void roundTripKeepsEveryKey();
+    void emptyProfileClearsOnlyItsFour_data();
+    void emptyProfileClearsOnlyItsFour();
+    void bringsRatiosIntoRange_data();
+    void bringsRatiosIntoRange();
     void fillsOptions();
-    void readsOnlyObjects_data();
-    void readsOnlyObjects();
-
-private:
-    QTemporaryDir m_folder;
+    void readsProfileFiles();
 };
 
 namespace
 {
 
-const QByteArray fullProfile = R"({
-    "logoPath": "/l/logo.png", "fontPath": "/f/font.ttf", "fontSizeRatio": 0.05, "logoRatio": 0.11,
-    "logoPosition": "abajo-derecha", "dtPosition": "arriba-izquierda", "coordsPosition": "arriba-derecha",
-    "orientationPosition": "abajo-izquierda", "compassRatio": 0.33, "compassPosition": "arriba-derecha",
-    "compassStyle": 3, "compassArrowColor": "#00ff7f", "rotateCompass": true, "usePrefix": true, "prefix": "P_",
-    "renamePhotos": false, "drawData": false, "drawOrientation": false, "drawTime": false, "addCompass": false,
-    "bgText": false, "drawGeo": true, "fontColor": "gold", "drawAltitude": false, "altitudePosition": "arriba-izquierda"
-})";
-
-QJsonObject object(const QByteArray &json)
+// A profile in which every value differs from the ones at the start.
+QJsonObject otherProfile()
 {
+    const QByteArray json = R"({
+        "logoPath": "/l.png", "fontPath": "/f.ttf", "fontSizeRatio": 0.05, "logoRatio": 0.1,
+        "logoPosition": "abajo-derecha", "dtPosition": "arriba-izquierda", "coordsPosition": "arriba-derecha",
+        "orientationPosition": "abajo-izquierda", "compassRatio": 0.25, "compassPosition": "arriba-derecha",
+        "compassStyle": 3, "compassArrowColor": "#00ff7f", "rotateCompass": true, "usePrefix": true,
+        "prefix": "P%1_", "renamePhotos": false, "drawData": false, "drawOrientation": false, "drawTime": false,
+        "addCompass": false, "bgText": false, "drawGeo": true, "fontColor": "Yellow", "drawAltitude": false,
+        "altitudePosition": "arriba-izquierda" })";
     return QJsonDocument::fromJson(json).object();
 }
 
 } // namespace
 
-void PresetTest::storesEveryValue()
+void PresetTest::roundTripKeepsEveryKey()
 {
-    // Every value differs from the one at start, so that none can be missed on the way in or out.
-    const QJsonObject full = object(fullProfile);
+    const QJsonObject other = otherProfile();
+    QCOMPARE(other.size(), 25);
     const QJsonObject start = Preset::atStart().toJson();
-    QCOMPARE(start.keys(), full.keys());
-    for (const QString &key : full.keys())
-        QVERIFY2(start.value(key) != full.value(key), qPrintable(key));
+    QCOMPARE(start.keys(), other.keys());
+    for (const QString &key : other.keys())
+        QVERIFY2(start.value(key) != other.value(key), qPrintable(key));
 
     Preset preset = Preset::atStart();
-    preset.apply(full);
-    QCOMPARE(preset.toJson(), full);
+    preset.apply(other);
+    QCOMPARE(preset.toJson(), other);
     preset.apply(start);
     QCOMPARE(preset.toJson(), start);
+    QCOMPARE(start.value(QStringLiteral("compassArrowColor")).toString(), QStringLiteral("#ff0000"));
 }
 
-void PresetTest::fallsBackUnevenly_data()
+void PresetTest::emptyProfileClearsOnlyItsFour_data()
 {
     QTest::addColumn<QJsonObject>("profile");
-    QJsonObject wrong;
-    for (const QString &key : object(fullProfile).keys())
-        wrong.insert(key, QJsonArray());
-    QTest::newRow("no keys") << QJsonObject();
-    QTest::newRow("keys of the wrong type") << wrong;
-    QTest::newRow("unknown values") << object(
-        R"({"dtPosition": "Arriba-Izquierda", "logoPosition": "", "other": 1,
-                                                  "compassStyle": 1.5})");
+    QTest::newRow("empty") << QJsonObject();
+    QJsonObject wrongTypes;
+    QJsonObject unknownWords{{QStringLiteral("extra"), 1}};
+    const QJsonObject other = otherProfile();
+    for (const QString &key : other.keys()) {
+        wrongTypes.insert(key, QJsonArray());
+        if (key.endsWith(QStringLiteral("Position")))
+            unknownWords.insert(key, QStringLiteral("Arriba-Izquierda"));
+    }
+    QTest::newRow("wrong types") << wrongTypes;
+    QTest::newRow("unknown key and corners") << unknownWords;
 }
 
-void PresetTest::fallsBackUnevenly()
+void PresetTest::emptyProfileClearsOnlyItsFour()
 {
     QFETCH(QJsonObject, profile);
-    QJsonObject expected = object(fullProfile);
-    expected[QStringLiteral("logoPath")] = QString();
-    expected[QStringLiteral("fontPath")] = QString();
-    expected[QStringLiteral("compassStyle")] = 0;
-    expected[QStringLiteral("compassArrowColor")] = QStringLiteral("#ff0000");
     Preset preset;
-    preset.apply(object(fullProfile));
+    preset.apply(otherProfile());
     preset.apply(profile);
+
+    QJsonObject expected = otherProfile();
+    expected.insert(QStringLiteral("logoPath"), QString());
+    expected.insert(QStringLiteral("fontPath"), QString());
+    expected.insert(QStringLiteral("compassStyle"), 0);
+    expected.insert(QStringLiteral("compassArrowColor"), QStringLiteral("#ff0000"));
     QCOMPARE(preset.toJson(), expected);
 }
 
-void PresetTest::takesNumbersAsSpinBoxesDo()
+void PresetTest::bringsRatiosIntoRange_data()
 {
+    QTest::addColumn<double>("value");
+    for (const double value : {5.0, -5.0, 0.0, 0.03, 0.12345, 0.123449999, 0.125, 0.29999, 1e300})
+        QTest::addRow("%g", value) << value;
+    QTest::newRow("infinite") << qInf();
+    QTest::newRow("no number") << qQNaN();
+}
+
+void PresetTest::bringsRatiosIntoRange()
+{
+    QFETCH(double, value);
     for (const RatioRange &range : {fontSizeRange, logoSizeRange, compassSizeRange}) {
-        QDoubleSpinBox spin;
-        spin.setDecimals(range.decimals);
-        spin.setRange(range.minimum, range.maximum);
-        for (const double value :
-             {-1.0, 0.0, 0.0011, 0.01234, 0.012345, 0.12499999, 0.125, 0.1999, 5.0, 1e300}) {
-            spin.setValue(value);
-            QCOMPARE(range.accept(value), spin.value());
-        }
-        QCOMPARE(range.accept(std::numeric_limits<double>::quiet_NaN()), range.minimum);
+        QDoubleSpinBox box;
+        box.setDecimals(range.decimals);
+        box.setRange(range.minimum, range.maximum);
+        box.setValue(value);
+        QCOMPARE(range.accept(value), box.value());
     }
+    if (!qIsFinite(value))
+        return;
+    Preset preset;
+    preset.apply({{QStringLiteral("fontSizeRatio"), value},
+                  {QStringLiteral("logoRatio"), value},
+                  {QStringLiteral("compassRatio"), value}});
+    QCOMPARE(preset.fontSizeRatio, fontSizeRange.accept(value));
+    QCOMPARE(preset.logoRatio, logoSizeRange.accept(value));
+    QCOMPARE(preset.compassRatio, compassSizeRange.accept(value));
 }
 
 void PresetTest::fillsOptions()
 {
     Preset preset;
-    preset.apply(object(fullProfile));
+    preset.apply(otherProfile());
     ProcessOptions options;
-    options.jpegQuality = 42;
     preset.fill(options, true);
-    QCOMPARE(options.logoPath, QStringLiteral("/l/logo.png"));
-    QCOMPARE(options.logoRatio, 0.11);
-    QCOMPARE(options.fontColor, QColor(255, 215, 0));
-    QCOMPARE(options.compassPosition, Corner::TopRight);
-    QCOMPARE(options.orientationPosition, Corner::BottomLeft);
+    QCOMPARE(options.logoPath, QStringLiteral("/l.png"));
+    QCOMPARE(options.fontPath, QStringLiteral("/f.ttf"));
+    QCOMPARE(options.fontSizeRatio, 0.05);
+    QCOMPARE(options.logoRatio, 0.1);
+    QCOMPARE(options.compassRatio, 0.25);
+    QCOMPARE(options.fontColor, QColor(Qt::yellow));
     QCOMPARE(options.compassArrowColor, QColor(0, 255, 127));
-    QVERIFY(options.rotateCompass && options.usePrefix && options.drawGeo);
-    QVERIFY(!options.renamePhotos && !options.drawData && !options.addCompass && !options.bgText);
-    QCOMPARE(options.jpegQuality, 42);
+    QCOMPARE(options.compassStyle, 3);
+    QCOMPARE(options.prefix, QStringLiteral("P%1_"));
+    QVERIFY(options.usePrefix && options.rotateCompass && options.drawGeo);
+    QVERIFY(!options.renamePhotos && !options.drawData && !options.drawOrientation && !options.drawTime &&
+            !options.addCompass && !options.bgText && !options.drawAltitude);
+    const QStringList corners{options.logoPosition,        options.dtPosition,      options.coordsPosition,
+                              options.orientationPosition, options.compassPosition, options.altitudePosition};
+    QCOMPARE(corners, QStringList({Corner::BottomRight, Corner::TopLeft, Corner::TopRight, Corner::BottomLeft,
+                                   Corner::TopRight, Corner::TopLeft}));
 
     preset.fill(options, false);
-    QCOMPARE(options.logoPath, QString());
+    QVERIFY(options.logoPath.isEmpty());
+    QCOMPARE(options.logoRatio, 0.0);
+    preset.logoPath.clear();
+    preset.fill(options, true);
     QCOMPARE(options.logoRatio, 0.0);
 }
 
-void PresetTest::readsOnlyObjects_data()
+void PresetTest::readsProfileFiles()
 {
-    QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<bool>("readable");
-    QTest::newRow("object") << QByteArray("{}") << true;
-    QTest::newRow("list") << QByteArray("[{}]") << false;
-    QTest::newRow("broken") << QByteArray("{\"prefix\": ") << false;
-    QTest::newRow("empty") << QByteArray() << false;
-}
-
-void PresetTest::readsOnlyObjects()
-{
-    QFETCH(QByteArray, contents);
-    const QString path = m_folder.filePath(QStringLiteral("perfil.json"));
-    writeText(path, contents);
-    QTEST(readProfile(path).has_value(), "readable");
-    QVERIFY(!readProfile(path + QLatin1Char('x')).has_value());
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("perfil.json")));
+    QVERIFY(!readProfile(file.fileName()));
+    const auto read = [&file](const QByteArray &content) {
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("cannot write the profile");
+        file.close();
+        return readProfile(file.fileName());
+    };
+    QVERIFY(!read("[1, 2]"));
+    QVERIFY(!read("{\"prefix\": "));
+    QCOMPARE(read("{}"), QJsonObject());
+    QCOMPARE(read(QJsonDocument(otherProfile()).toJson()), otherProfile());
 }
 
 QTEST_MAIN(PresetTest)

@@ -1,149 +1,153 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/coordinatesfile.h"
 
-#include "core/clockreading.h"
+#include "core/localtime.h"
+#include "data/textlines.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QStringList>
-#include <QTextStream>
 
+#include <array>
 #include <optional>
 
 namespace
 {
 
-enum Column { Name, Zone, Letter, Easting, Northing, Orientation, DateTime, Altitude };
+enum Column { Name, Zone, Letter, Easting, Northing, Orientation, Date, Altitude };
 
 constexpr qsizetype requiredColumns = Northing + 1;
 
-bool isHeader(const QString &line)
-{
-    const auto contains = [&line](QLatin1String word) {
-        return line.contains(word, Qt::CaseInsensitive);
-    };
-    return contains(QLatin1String("nombre")) &&
-           (contains(QLatin1String("easting")) || contains(QLatin1String("zona")));
-}
-
-std::optional<double> numberIn(const QString &field)
+std::optional<int> parseInteger(const QString &text)
 {
     bool ok = false;
-    const double value = field.toDouble(&ok);
+    const int value = text.toInt(&ok);
     return ok ? std::optional(value) : std::nullopt;
 }
 
-// A date-time in ISO 8601 form. Its offset from UTC, if any, does not count: what the clock showed goes onto
-// the photo.
-QDateTime isoDateTimeIn(const QString &field)
+std::optional<double> parseNumber(const QString &text)
 {
-    // Qt's parser takes slashes in place of the dashes, ISO 8601 does not.
-    if (field.contains(QLatin1Char('/')))
+    bool ok = false;
+    const double value = text.toDouble(&ok);
+    return ok ? std::optional(value) : std::nullopt;
+}
+
+// The reading of an ISO 8601 date-time, whatever zone it carries.
+QDateTime parseIsoReading(const QString &text)
+{
+    // Qt takes any punctuation between year, month and day. Slashes are left to the form that starts with the
+    // day.
+    constexpr std::array<qsizetype, 2> dateSeparators{4, 7};
+    for (const qsizetype place : dateSeparators) {
+        if (text.size() > place && text.at(place) == u'/')
+            return {};
+    }
+
+    // Read as UTC where it names no zone: the clock of UTC skips no hour.
+    const QDateTime utc = QDateTime::fromString(text + u'Z', Qt::ISODate);
+    return utc.isValid() ? utc : QDateTime::fromString(text, Qt::ISODate);
+}
+
+// "dd/MM/yyyy HH:mm:ss". Spelled out, since a pattern of QDateTime takes ten times as long and fails in a
+// skipped hour.
+QDateTime parseDayFirst(const QString &text)
+{
+    static const QRegularExpression form(
+        QStringLiteral("^([0-9]{2})/([0-9]{2})/([0-9]{4}) ([0-9]{2}):([0-9]{2}):([0-9]{2})\\z"));
+    const QRegularExpressionMatch match = form.match(text);
+    if (!match.hasMatch())
         return {};
-    // Read as UTC, which has every hour of every day.
-    const QDateTime utc = QDateTime::fromString(field + QLatin1Char('Z'), Qt::ISODate);
-    const QDateTime parsed = utc.isValid() ? utc : QDateTime::fromString(field, Qt::ISODate);
-    return clockReading(parsed.date(), parsed.time());
+    const auto number = [&match](int group) {
+        return match.capturedView(group).toInt();
+    };
+    const QDate date(number(3), number(2), number(1));
+    const QTime time(number(4), number(5), number(6));
+    return time.isValid() ? QDateTime(date, time, QTimeZone::utc()) : QDateTime();
 }
 
-QDateTime dateTimeIn(const QString &field)
+// The form "yyyy-MM-dd HH:mm:ss" is a case of ISO 8601 as Qt takes it.
+std::optional<QDateTime> parseDateTime(const QString &text)
 {
-    QDateTime dateTime = isoDateTimeIn(field);
-    for (const QString &pattern :
-         {QStringLiteral("yyyy-MM-dd HH:mm:ss"), QStringLiteral("dd/MM/yyyy HH:mm:ss")}) {
-        if (!dateTime.isValid())
-            dateTime = clockReading(field, pattern);
+    for (const auto parse : {parseIsoReading, parseDayFirst}) {
+        const QDateTime reading = parse(text);
+        if (reading.isValid())
+            return localReading(reading.date(), reading.time());
     }
-    return dateTime;
+    return std::nullopt;
 }
 
-class RowReader
+// Takes a value when it parses, otherwise logs `problem` with the name of the photo and the text. True when
+// it was taken.
+template <typename Value>
+bool take(const std::optional<Value> &parsed, Value &target, const QString &problem, const QString &name,
+          const QString &text, const LogCallback &log)
 {
-public:
-    RowReader(const QString &line, const LogCallback &log)
-        : m_line(line)
-        , m_log(log)
-    {
+    if (!parsed) {
+        log(problem + name + QStringLiteral(": ") + text);
+        return false;
     }
+    target = *parsed;
+    return true;
+}
 
-    // Adds the row to the table, unless something required is missing.
-    void readInto(CoordinatesTable &table)
-    {
-        for (const QString &field : m_line.split(QLatin1Char(';')))
-            m_fields.append(field.trimmed());
-        if (m_fields.size() < requiredColumns) {
-            m_log(QStringLiteral("Línea inválida en archivo txt (menos de 5 columnas): ") + m_line);
-            return;
-        }
-        UtmEntry entry;
-        if (!readPosition(entry))
-            return;
-        entry.hasOrientation =
-            readOptional(Orientation, QStringLiteral("Orientación inválida para "), entry.orientation);
-        readDateTime(entry);
-        entry.hasAltitude = readOptional(Altitude, QStringLiteral("Altitud inválida para "), entry.altitude);
-        table.insert(m_fields[Name], entry);
+bool readRequired(const QStringList &fields, UtmEntry &entry, const LogCallback &log)
+{
+    const QString &name = fields.at(Name);
+    if (!take(parseInteger(fields.at(Zone)), entry.zone, QStringLiteral("Zona UTM inválida para "), name,
+              fields.at(Zone), log))
+        return false;
+    if (!fields.at(Letter).isEmpty())
+        entry.zoneLetter = fields.at(Letter).front().toLatin1();
+    return take(parseNumber(fields.at(Easting)), entry.easting, QStringLiteral("Easting inválido para "),
+                name, fields.at(Easting), log) &&
+           take(parseNumber(fields.at(Northing)), entry.northing, QStringLiteral("Northing inválido para "),
+                name, fields.at(Northing), log);
+}
+
+void readOptional(const QStringList &fields, UtmEntry &entry, const LogCallback &log)
+{
+    const QString &name = fields.at(Name);
+    const QString orientation = fields.value(Orientation);
+    if (!orientation.isEmpty()) {
+        entry.hasOrientation = take(parseNumber(orientation), entry.orientation,
+                                    QStringLiteral("Orientación inválida para "), name, orientation, log);
     }
-
-private:
-    void complain(const QString &what, Column column) const
-    {
-        m_log(what + m_fields[Name] + QStringLiteral(": ") + m_fields[column]);
+    const QString date = fields.value(Date);
+    if (!date.isEmpty()) {
+        entry.hasDateTime = take(parseDateTime(date), entry.dateTime,
+                                 QStringLiteral("Fecha inválida en archivo txt para "), name, date, log);
     }
-
-    bool hasField(Column column) const { return m_fields.size() > column && !m_fields[column].isEmpty(); }
-
-    bool readPosition(UtmEntry &entry) const
-    {
-        bool ok = false;
-        entry.zone = m_fields[Zone].toInt(&ok);
-        if (!ok) {
-            complain(QStringLiteral("Zona UTM inválida para "), Zone);
-            return false;
-        }
-        if (hasField(Letter))
-            entry.zoneLetter = m_fields[Letter].front().toLatin1(); // NUL beyond Latin-1
-        const std::optional<double> easting = numberIn(m_fields[Easting]);
-        if (!easting) {
-            complain(QStringLiteral("Easting inválido para "), Easting);
-            return false;
-        }
-        const std::optional<double> northing = numberIn(m_fields[Northing]);
-        if (!northing) {
-            complain(QStringLiteral("Northing inválido para "), Northing);
-            return false;
-        }
-        entry.easting = *easting;
-        entry.northing = *northing;
-        return true;
+    const QString altitude = fields.value(Altitude);
+    if (!altitude.isEmpty()) {
+        entry.hasAltitude = take(parseNumber(altitude), entry.altitude,
+                                 QStringLiteral("Altitud inválida para "), name, altitude, log);
     }
+}
 
-    bool readOptional(Column column, const QString &complaint, double &value) const
-    {
-        if (!hasField(column))
-            return false;
-        const std::optional<double> number = numberIn(m_fields[column]);
-        if (!number) {
-            complain(complaint, column);
-            return false;
-        }
-        value = *number;
-        return true;
+void readRow(const QString &line, CoordinatesTable &table, const LogCallback &log)
+{
+    QStringList fields = line.split(u';');
+    if (fields.size() < requiredColumns) {
+        log(QStringLiteral("Línea inválida en archivo txt (menos de 5 columnas): ") + line);
+        return;
     }
+    for (QString &field : fields)
+        field = std::move(field).trimmed();
 
-    void readDateTime(UtmEntry &entry) const
-    {
-        if (!hasField(DateTime))
-            return;
-        entry.dateTime = dateTimeIn(m_fields[DateTime]);
-        entry.hasDateTime = entry.dateTime.isValid();
-        if (!entry.hasDateTime)
-            complain(QStringLiteral("Fecha inválida en archivo txt para "), DateTime);
-    }
+    UtmEntry entry;
+    if (!readRequired(fields, entry, log))
+        return;
+    readOptional(fields, entry, log);
+    table.insert(fields.at(Name), entry);
+}
 
-    const QString &m_line;
-    const LogCallback &m_log;
-    QStringList m_fields;
-};
+bool isHeader(const QString &line)
+{
+    const auto has = [&line](QStringView word) {
+        return line.contains(word, Qt::CaseInsensitive);
+    };
+    return has(u"nombre") && (has(u"easting") || has(u"zona"));
+}
 
 } // namespace
 
@@ -156,17 +160,19 @@ CoordinatesTable readCoordinatesFile(const QString &path, const LogCallback &log
 {
     CoordinatesTable table;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!file.open(QIODevice::ReadOnly)) {
         log(QStringLiteral("Error al abrir el archivo TXT: ") + path);
         return table;
     }
-    QTextStream stream(&file); // UTF-8; takes a byte order mark away
-    QString line;
-    bool headerMayFollow = true;
-    while (stream.readLineInto(&line)) {
-        headerMayFollow = headerMayFollow && isHeader(line);
-        if (!headerMayFollow && !line.trimmed().isEmpty())
-            RowReader(line, log).readInto(table);
+
+    const QByteArrayList lines = readTextLines(file).lines;
+    bool atTop = true;
+    for (const QByteArray &bytes : lines) {
+        const QString line = QString::fromUtf8(bytes);
+        atTop = atTop && isHeader(line);
+        if (atTop || line.trimmed().isEmpty())
+            continue;
+        readRow(line, table, log);
     }
     return table;
 }

@@ -6,113 +6,124 @@
 #include <QJsonDocument>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <variant>
 
 namespace
 {
 
-// How the value of a key is read into a member; what happens without one is part of it.
-struct PathRule {
+// Each kind of value knows how a profile stores it, and what becomes of it when the key is missing or of
+// another type.
+
+struct Path {
     QString Preset::*member;
+
+    QJsonValue stored(const Preset &preset) const { return preset.*member; }
+    void take(Preset &preset, const QJsonValue &value) const { preset.*member = value.toString(); }
 };
-struct TextRule {
+
+struct Text {
     QString Preset::*member;
+
+    QJsonValue stored(const Preset &preset) const { return preset.*member; }
+    void take(Preset &preset, const QJsonValue &value) const
+    {
+        preset.*member = value.toString(preset.*member);
+    }
 };
-struct CornerRule {
+
+struct CornerName {
     CornerPosition Preset::*member;
+
+    QJsonValue stored(const Preset &preset) const { return preset.*member; }
+    void take(Preset &preset, const QJsonValue &value) const
+    {
+        const CornerPosition corner = value.toString();
+        if (Corner::All.contains(corner))
+            preset.*member = corner;
+    }
 };
-struct RatioRule {
+
+struct Ratio {
     double Preset::*member;
     RatioRange range;
-};
-struct FlagRule {
-    bool Preset::*member;
-};
-struct StyleRule {
-    int Preset::*member;
-};
-struct ArrowColorRule {
-    QColor Preset::*member;
-};
-using Rule = std::variant<PathRule, TextRule, CornerRule, RatioRule, FlagRule, StyleRule, ArrowColorRule>;
 
-struct Row {
-    const char *key;
-    Rule rule;
-};
-
-const Row rows[] = {
-    {"logoPath", PathRule{&Preset::logoPath}},
-    {"fontPath", PathRule{&Preset::fontPath}},
-    {"fontSizeRatio", RatioRule{&Preset::fontSizeRatio, fontSizeRange}},
-    {"logoRatio", RatioRule{&Preset::logoRatio, logoSizeRange}},
-    {"logoPosition", CornerRule{&Preset::logoPosition}},
-    {"dtPosition", CornerRule{&Preset::dtPosition}},
-    {"coordsPosition", CornerRule{&Preset::coordsPosition}},
-    {"orientationPosition", CornerRule{&Preset::orientationPosition}},
-    {"compassRatio", RatioRule{&Preset::compassRatio, compassSizeRange}},
-    {"compassPosition", CornerRule{&Preset::compassPosition}},
-    {"compassStyle", StyleRule{&Preset::compassStyle}},
-    {"compassArrowColor", ArrowColorRule{&Preset::compassArrowColor}},
-    {"rotateCompass", FlagRule{&Preset::rotateCompass}},
-    {"usePrefix", FlagRule{&Preset::usePrefix}},
-    {"prefix", TextRule{&Preset::prefix}},
-    {"renamePhotos", FlagRule{&Preset::renamePhotos}},
-    {"drawData", FlagRule{&Preset::drawData}},
-    {"drawOrientation", FlagRule{&Preset::drawOrientation}},
-    {"drawTime", FlagRule{&Preset::drawTime}},
-    {"addCompass", FlagRule{&Preset::addCompass}},
-    {"bgText", FlagRule{&Preset::bgText}},
-    {"drawGeo", FlagRule{&Preset::drawGeo}},
-    {"fontColor", TextRule{&Preset::fontColor}},
-    {"drawAltitude", FlagRule{&Preset::drawAltitude}},
-    {"altitudePosition", CornerRule{&Preset::altitudePosition}},
-};
-
-struct Writer {
-    const Preset &preset;
-
-    QJsonValue operator()(const StyleRule &rule) const { return preset.*rule.member; }
-    QJsonValue operator()(const ArrowColorRule &rule) const { return (preset.*rule.member).name(); }
-    template <typename AnyRule>
-    QJsonValue operator()(const AnyRule &rule) const
-    {
-        return preset.*rule.member;
-    }
-};
-
-struct Reader {
-    Preset &preset;
-    QJsonValue value;
-
-    void operator()(const PathRule &rule) const { preset.*rule.member = value.toString(); }
-    void operator()(const TextRule &rule) const { preset.*rule.member = value.toString(preset.*rule.member); }
-    void operator()(const CornerRule &rule) const
-    {
-        if (Corner::All.contains(value.toString()))
-            preset.*rule.member = value.toString();
-    }
-    void operator()(const RatioRule &rule) const
+    QJsonValue stored(const Preset &preset) const { return preset.*member; }
+    void take(Preset &preset, const QJsonValue &value) const
     {
         if (value.isDouble())
-            preset.*rule.member = rule.range.accept(value.toDouble());
-    }
-    void operator()(const FlagRule &rule) const { preset.*rule.member = value.toBool(preset.*rule.member); }
-    void operator()(const StyleRule &rule) const { preset.*rule.member = value.toInt(0); }
-    void operator()(const ArrowColorRule &rule) const
-    {
-        preset.*rule.member = QColor::fromString(value.toString(QStringLiteral("#FF0000")));
+            preset.*member = range.accept(value.toDouble());
     }
 };
+
+struct Flag {
+    bool Preset::*member;
+
+    QJsonValue stored(const Preset &preset) const { return preset.*member; }
+    void take(Preset &preset, const QJsonValue &value) const
+    {
+        preset.*member = value.toBool(preset.*member);
+    }
+};
+
+struct Style {
+    int Preset::*member;
+
+    QJsonValue stored(const Preset &preset) const { return preset.*member; }
+    void take(Preset &preset, const QJsonValue &value) const { preset.*member = value.toInt(); }
+};
+
+struct ArrowColor {
+    QColor Preset::*member;
+
+    QJsonValue stored(const Preset &preset) const { return (preset.*member).name(); }
+    void take(Preset &preset, const QJsonValue &value) const
+    {
+        preset.*member = QColor::fromString(value.toString(QStringLiteral("#FF0000")));
+    }
+};
+
+struct Row {
+    QLatin1String key;
+    std::variant<Path, Text, CornerName, Ratio, Flag, Style, ArrowColor> field;
+};
+
+constexpr std::array<Row, 25> rows{{
+    {QLatin1String("logoPath"), Path{&Preset::logoPath}},
+    {QLatin1String("fontPath"), Path{&Preset::fontPath}},
+    {QLatin1String("fontSizeRatio"), Ratio{&Preset::fontSizeRatio, fontSizeRange}},
+    {QLatin1String("logoRatio"), Ratio{&Preset::logoRatio, logoSizeRange}},
+    {QLatin1String("logoPosition"), CornerName{&Preset::logoPosition}},
+    {QLatin1String("dtPosition"), CornerName{&Preset::dtPosition}},
+    {QLatin1String("coordsPosition"), CornerName{&Preset::coordsPosition}},
+    {QLatin1String("orientationPosition"), CornerName{&Preset::orientationPosition}},
+    {QLatin1String("compassRatio"), Ratio{&Preset::compassRatio, compassSizeRange}},
+    {QLatin1String("compassPosition"), CornerName{&Preset::compassPosition}},
+    {QLatin1String("compassStyle"), Style{&Preset::compassStyle}},
+    {QLatin1String("compassArrowColor"), ArrowColor{&Preset::compassArrowColor}},
+    {QLatin1String("rotateCompass"), Flag{&Preset::rotateCompass}},
+    {QLatin1String("usePrefix"), Flag{&Preset::usePrefix}},
+    {QLatin1String("prefix"), Text{&Preset::prefix}},
+    {QLatin1String("renamePhotos"), Flag{&Preset::renamePhotos}},
+    {QLatin1String("drawData"), Flag{&Preset::drawData}},
+    {QLatin1String("drawOrientation"), Flag{&Preset::drawOrientation}},
+    {QLatin1String("drawTime"), Flag{&Preset::drawTime}},
+    {QLatin1String("addCompass"), Flag{&Preset::addCompass}},
+    {QLatin1String("bgText"), Flag{&Preset::bgText}},
+    {QLatin1String("drawGeo"), Flag{&Preset::drawGeo}},
+    {QLatin1String("fontColor"), Text{&Preset::fontColor}},
+    {QLatin1String("drawAltitude"), Flag{&Preset::drawAltitude}},
+    {QLatin1String("altitudePosition"), CornerName{&Preset::altitudePosition}},
+}};
 
 } // namespace
 
 double RatioRange::accept(double value) const
 {
-    const double scale = std::pow(10.0, decimals);
-    const double roundedValue = std::round(value * scale) / scale;
-    return std::clamp(std::isnan(roundedValue) ? minimum : roundedValue, minimum, maximum);
+    if (std::isnan(value))
+        return maximum; // as a spin box
+    return std::clamp(QString::number(value, 'f', decimals).toDouble(), minimum, maximum);
 }
 
 Preset Preset::atStart()
@@ -126,14 +137,15 @@ QJsonObject Preset::toJson() const
 {
     QJsonObject profile;
     for (const Row &row : rows)
-        profile.insert(QLatin1String(row.key), std::visit(Writer{*this}, row.rule));
+        profile.insert(row.key,
+                       std::visit([this](const auto &field) { return field.stored(*this); }, row.field));
     return profile;
 }
 
 void Preset::apply(const QJsonObject &profile)
 {
     for (const Row &row : rows)
-        std::visit(Reader{*this, profile.value(QLatin1String(row.key))}, row.rule);
+        std::visit([&](const auto &field) { field.take(*this, profile.value(row.key)); }, row.field);
 }
 
 void Preset::fill(ProcessOptions &options, bool drawLogo) const
@@ -176,5 +188,7 @@ std::optional<QJsonObject> readProfile(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+    if (!document.isObject())
+        return std::nullopt;
+    return document.object();
 }

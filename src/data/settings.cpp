@@ -6,28 +6,29 @@
 namespace
 {
 
-const QString organization = QStringLiteral("Velmaro");
+const QString organisation = QStringLiteral("Velmaro");
 const QString application = QStringLiteral("Velmaro");
+
 const QString providerKey = QStringLiteral("altitude/provider");
 const QString apiKeyKey = QStringLiteral("altitude/apiKey");
-const QString qualityKey = QStringLiteral("output/jpegQuality");
+const QString jpegQualityKey = QStringLiteral("output/jpegQuality");
 
 } // namespace
 
 Settings Settings::load()
 {
-    const QSettings store(organization, application);
+    const QSettings store(QSettings::NativeFormat, QSettings::UserScope, organisation, application);
     Settings settings;
     settings.altitudeProvider = store.value(providerKey, settings.altitudeProvider).toString();
     settings.googleApiKey = store.value(apiKeyKey, settings.googleApiKey).toString();
-    settings.jpegQuality = store.value(qualityKey, settings.jpegQuality).toInt();
+    settings.jpegQuality = store.value(jpegQualityKey, settings.jpegQuality).toInt();
     return settings;
 }
 
 void Settings::save() const
 {
-    QSettings store(organization, application);
+    QSettings store(QSettings::NativeFormat, QSettings::UserScope, organisation, application);
     store.setValue(providerKey, altitudeProvider);
     store.setValue(apiKeyKey, googleApiKey);
-    store.setValue(qualityKey, jpegQuality);
+    store.setValue(jpegQualityKey, jpegQuality);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/settingsdialog.h"
 
+#include "data/settings.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -9,59 +11,65 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+namespace
+{
+
+template <typename Widget>
+Widget *named(Widget *widget, const QString &name)
+{
+    widget->setObjectName(name);
+    return widget;
+}
+
+} // namespace
+
 SettingsDialog::SettingsDialog(QWidget *parent)
     : QDialog(parent)
-    , providerCombo(new QComboBox(this))
-    , apiKeyLabel(new QLabel(QStringLiteral("Clave API Google Elevation:"), this))
-    , apiKeyEdit(new QLineEdit(this))
-    , jpegQualityLabel(new QLabel(QStringLiteral("Calidad JPEG (1-100):"), this))
-    , jpegQualitySpin(new QSpinBox(this))
+    , providerCombo(named(new QComboBox(this), QStringLiteral("providerCombo")))
+    , apiKeyLabel(named(new QLabel(QStringLiteral("Clave API Google Elevation:"), this),
+                        QStringLiteral("apiKeyLabel")))
+    , apiKeyEdit(named(new QLineEdit(this), QStringLiteral("apiKeyEdit")))
+    , jpegQualityLabel(named(new QLabel(QStringLiteral("Calidad JPEG (1-100):"), this),
+                             QStringLiteral("jpegQualityLabel")))
+    , jpegQualitySpin(named(new QSpinBox(this), QStringLiteral("jpegQualitySpin")))
 {
     setWindowTitle(QStringLiteral("Configuración"));
     setModal(true);
-    setMinimumWidth(420);
-
-    providerCombo->setObjectName(QStringLiteral("providerCombo"));
     providerCombo->addItems({ElevationProvider::OpenTopoData, ElevationProvider::Google});
-    apiKeyLabel->setObjectName(QStringLiteral("apiKeyLabel"));
-    apiKeyLabel->setBuddy(apiKeyEdit);
-    apiKeyEdit->setObjectName(QStringLiteral("apiKeyEdit"));
     apiKeyEdit->setEchoMode(QLineEdit::Password);
-    jpegQualityLabel->setObjectName(QStringLiteral("jpegQualityLabel"));
-    jpegQualityLabel->setBuddy(jpegQualitySpin);
-    jpegQualitySpin->setObjectName(QStringLiteral("jpegQualitySpin"));
+    apiKeyEdit->setMinimumWidth(fontMetrics().averageCharWidth() * 40);
+    apiKeyLabel->setBuddy(apiKeyEdit);
     jpegQualitySpin->setRange(1, 100);
     jpegQualitySpin->setSuffix(QStringLiteral("%"));
+    jpegQualityLabel->setBuddy(jpegQualitySpin);
 
     auto *form = new QFormLayout;
     form->addRow(QStringLiteral("Proveedor de API de Altitud:"), providerCombo);
     form->addRow(apiKeyLabel, apiKeyEdit);
     form->addRow(jpegQualityLabel, jpegQualitySpin);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    auto *layout = new QVBoxLayout(this);
-    layout->addLayout(form);
-    layout->addStretch();
-    layout->addWidget(buttons);
-
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(providerCombo, &QComboBox::currentTextChanged, this, &SettingsDialog::updateUi);
+    auto *page = new QVBoxLayout(this);
+    page->addLayout(form);
+    page->addStretch();
+    page->addWidget(buttons);
+    // Room for all rows from the start, so that the dialog keeps its size when the key row comes and goes.
+    setMinimumSize(sizeHint());
 
-    const Settings stored = Settings::load();
-    providerCombo->setCurrentText(stored.altitudeProvider);
-    apiKeyEdit->setText(stored.googleApiKey);
-    jpegQualitySpin->setValue(stored.jpegQuality);
+    const Settings settings = Settings::load();
+    providerCombo->setCurrentText(settings.altitudeProvider);
+    apiKeyEdit->setText(settings.googleApiKey);
+    jpegQualitySpin->setValue(settings.jpegQuality);
+    connect(providerCombo, &QComboBox::currentTextChanged, this, &SettingsDialog::updateUi);
     updateUi();
 }
 
-Settings SettingsDialog::values() const
-{
-    return {providerCombo->currentText(), apiKeyEdit->text(), jpegQualitySpin->value()};
-}
+SettingsDialog::~SettingsDialog() = default;
 
 void SettingsDialog::updateUi()
 {
-    const bool google = providerCombo->currentText() == ElevationProvider::Google;
-    apiKeyLabel->setVisible(google);
-    apiKeyEdit->setVisible(google);
+    const bool needsKey = providerCombo->currentText() == ElevationProvider::Google;
+    apiKeyLabel->setVisible(needsKey);
+    apiKeyEdit->setVisible(needsKey);
 }

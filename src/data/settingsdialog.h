@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "data/settings.h"
-
 #include <QDialog>
 
 class QComboBox;
@@ -10,25 +8,23 @@ class QLabel;
 class QLineEdit;
 class QSpinBox;
 
-/// Shows the application settings as they are stored and lets the user change them. It writes nothing:
-/// whoever opened it reads `values()` when it has been accepted.
+/// Edits the application settings. It starts with the stored values and writes nothing itself: whoever opened
+/// it reads the widgets once it is accepted.
 class SettingsDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    explicit SettingsDialog(QWidget *parent);
+    explicit SettingsDialog(QWidget *parent = nullptr);
+    ~SettingsDialog() override;
 
-    /// What the widgets hold.
-    Settings values() const;
-
-private slots:
-    void updateUi();
-
-private:
     QComboBox *providerCombo;
     QLabel *apiKeyLabel;
     QLineEdit *apiKeyEdit;
     QLabel *jpegQualityLabel;
     QSpinBox *jpegQualitySpin;
+
+public slots:
+    /// Shows the key row for the provider that needs a key, and hides it for any other.
+    void updateUi();
 };

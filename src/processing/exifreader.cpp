@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/exifreader.h"
 
-#include "core/clockreading.h"
+#include "core/localtime.h"
 #include "processing/photometadata.h"
 
 #include <QDebug>
@@ -86,8 +86,10 @@ std::optional<QDateTime> captureDateOf(const PhotoMetadata &metadata)
         const auto *tag = find(metadata.exif, key);
         if (!tag)
             continue;
+        const QString text = QString::fromStdString(tag->toString());
         const QDateTime dateTime =
-            clockReading(QString::fromStdString(tag->toString()), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+            localReading(QDate::fromString(text.section(u' ', 0, 0), QStringLiteral("yyyy:MM:dd")),
+                         QTime::fromString(text.section(u' ', 1), QStringLiteral("HH:mm:ss")));
         if (dateTime.isValid())
             return dateTime;
     }
