@@ -1,20 +1,28 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# The default font of the overlay is the Noto Sans Regular of the distribution, beside the executable as "notosans.ttf".
-find_file(VELMARO_NOTO_SANS NotoSans-Regular.ttf
-    PATHS /usr/share/fonts /usr/local/share/fonts
-    PATH_SUFFIXES truetype/noto noto google-noto google-noto-sans-fonts TTF
+# velmaro_copy_font(target): puts the default overlay font, "notosans.ttf", beside the executable of a target. It is the
+# Noto Sans Regular of the distribution's font package.
+find_file(VELMARO_NOTO_SANS NAMES NotoSans-Regular.ttf
+    PATHS
+        /usr/share/fonts/truetype/noto       # Debian, Ubuntu
+        /usr/share/fonts/google-noto         # Fedora, RHEL
+        /usr/share/fonts/google-noto-sans-fonts
+        /usr/share/fonts/noto                # Arch, Alpine
+        /usr/share/fonts/TTF
+        /usr/share/fonts/truetype            # openSUSE
+        /usr/local/share/fonts
+        /opt/homebrew/share/fonts
+    NO_DEFAULT_PATH
     DOC "Noto Sans Regular, the default font of the overlay")
 if(NOT VELMARO_NOTO_SANS)
-    message(WARNING "Noto Sans Regular was not found (package fonts-noto-core): without it the overlay takes the system's "
-        "general font. Set VELMARO_NOTO_SANS to the file.")
+    message(WARNING "Noto Sans Regular was not found: \"notosans.ttf\" will be missing beside the executables, and texts "
+        "are drawn in the system's font unless another is chosen. Install the Noto fonts or set VELMARO_NOTO_SANS.")
 endif()
 
-# velmaro_copy_font(target): puts the font beside the executable of a target, in the build and in the installation.
 function(velmaro_copy_font target)
-    if(VELMARO_NOTO_SANS)
-        add_custom_command(TARGET ${target} POST_BUILD
-            COMMAND ${CMAKE_COMMAND} -E copy_if_different "${VELMARO_NOTO_SANS}"
-                "$<TARGET_FILE_DIR:${target}>/notosans.ttf"
-            VERBATIM)
+    if(NOT VELMARO_NOTO_SANS)
+        return()
     endif()
+    add_custom_command(TARGET ${target} POST_BUILD
+        COMMAND ${CMAKE_COMMAND} -E copy_if_different ${VELMARO_NOTO_SANS} $<TARGET_FILE_DIR:${target}>/notosans.ttf
+        VERBATIM)
 endfunction()
