@@ -63,7 +63,7 @@ QImage withoutRawMetadata(const QImage &image)
 
 } // namespace
 
-QImage readImage(const QString &path)
+QImage readImage(const QString &path, PixelBuffers &buffers)
 {
     static std::once_flag once;
     std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
@@ -72,7 +72,7 @@ QImage readImage(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return {};
     if (file.peek(3) == "\xff\xd8\xff") {
-        const QImage photo = decodedJpeg(file.readAll(), decodingLimitMegabytes);
+        const QImage photo = decodedJpeg(file.readAll(), decodingLimitMegabytes, buffers);
         if (!photo.isNull())
             return photo;
         file.seek(0);

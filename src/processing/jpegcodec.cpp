@@ -70,7 +70,7 @@ const uchar *bytesOf(const QByteArray &encoded)
 
 } // namespace
 
-QImage decodedJpeg(const QByteArray &encoded, int limitMegabytes)
+QImage decodedJpeg(const QByteArray &encoded, int limitMegabytes, PixelBuffers &buffers)
 {
     const Handle handle(tjInitDecompress());
     const auto size = static_cast<unsigned long>(encoded.size());
@@ -85,7 +85,7 @@ QImage decodedJpeg(const QByteArray &encoded, int limitMegabytes)
     if (qint64(width) * height * 4 > qint64(limitMegabytes) * 1024 * 1024)
         return {};
 
-    QImage image(width, height, QImage::Format_RGB32);
+    QImage image = buffers.image({width, height});
     if (image.isNull())
         return {};
     if (tjDecompress2(handle.get(), bytesOf(encoded), size, image.bits(), width,

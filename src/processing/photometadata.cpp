@@ -68,6 +68,51 @@ QByteArray contentsOf(Exiv2::BasicIo &io)
     return QByteArray(bytes, static_cast<qsizetype>(io.size()));
 }
 
+const QByteArray endOfJpeg = QByteArrayLiteral("\xff\xd9");
+
+// Where the compressed pixels of a JPEG start: behind the first scan header (ITU-T T.81, annex B). 0 when it
+// is no JPEG.
+qsizetype startOfPixels(const QByteArray &encoded)
+{
+    constexpr uchar startOfScan = 0xda;
+    const auto byte = [&encoded](qsizetype at) {
+        return static_cast<uchar>(encoded[at]);
+    };
+    if (!encoded.startsWith("\xff\xd8"))
+        return 0;
+    qsizetype at = 2;
+    while (at + 4 <= encoded.size() && byte(at) == 0xff) {
+        const uchar marker = byte(at + 1);
+        at += 2 + (byte(at + 2) << 8 | byte(at + 3));
+        if (marker == startOfScan)
+            return at < encoded.size() ? at : 0;
+    }
+    return 0;
+}
+
+std::optional<QByteArray> withMetadataInFull(const QByteArray &encoded, const PhotoMetadata &metadata,
+                                             QString *error)
+{
+    prepareLibrary();
+    const QMutexLocker locker(&metadataMutex);
+    try {
+        const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
+        image->readMetadata();
+        if (metadata.byteOrder != Exiv2::invalidByteOrder)
+            image->setByteOrder(metadata.byteOrder);
+        image->setExifData(metadata.exif);
+        image->setIptcData(metadata.iptc);
+        image->setXmpData(metadata.xmp);
+        if (!metadata.iccProfile.isEmpty())
+            Exiv2Compat::setIccProfile(*image, metadata.iccProfile);
+        image->writeMetadata();
+        return contentsOf(image->io());
+    } catch (const std::exception &exception) {
+        *error = QString::fromUtf8(exception.what());
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
 int PhotoMetadata::orientation() const
@@ -118,22 +163,16 @@ std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *err
 std::optional<QByteArray> withMetadata(const QByteArray &encoded, const PhotoMetadata &metadata,
                                        QString *error)
 {
-    prepareLibrary();
-    const QMutexLocker locker(&metadataMutex);
-    try {
-        const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
-        image->readMetadata();
-        if (metadata.byteOrder != Exiv2::invalidByteOrder)
-            image->setByteOrder(metadata.byteOrder);
-        image->setExifData(metadata.exif);
-        image->setIptcData(metadata.iptc);
-        image->setXmpData(metadata.xmp);
-        if (!metadata.iccProfile.isEmpty())
-            Exiv2Compat::setIccProfile(*image, metadata.iccProfile);
-        image->writeMetadata();
-        return contentsOf(image->io());
-    } catch (const std::exception &exception) {
-        *error = QString::fromUtf8(exception.what());
-        return std::nullopt;
+    // All metadata of a JPEG stand before its pixels. Without these the library, and with it the lock, has
+    // little to do.
+    const qsizetype pixels = startOfPixels(encoded);
+    if (pixels == 0)
+        return withMetadataInFull(encoded, metadata, error);
+    std::optional<QByteArray> result = withMetadataInFull(encoded.first(pixels) + endOfJpeg, metadata, error);
+    if (result) {
+        Q_ASSERT(result->endsWith(endOfJpeg));
+        result->chop(endOfJpeg.size());
+        result->append(QByteArrayView(encoded).sliced(pixels));
     }
+    return result;
 }

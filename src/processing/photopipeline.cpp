@@ -296,7 +296,7 @@ bool PhotoPipeline::isReserved(const QString &fileName) const
 
 std::optional<QImage> PhotoPipeline::paintedImage()
 {
-    QImage image = readImage(m_workingPath);
+    QImage image = readImage(m_workingPath, m_run.buffers);
     if (image.isNull()) {
         write(QStringLiteral("Error al abrir la imagen: ") + m_workingPath);
         return std::nullopt;
