@@ -3,8 +3,11 @@
 
 #include "core/numbers.h"
 #include "processing/exifreader.h"
+#include "processing/jpegheader.h"
 
+#include <QBuffer>
 #include <QDebug>
+#include <QFile>
 #include <QMutexLocker>
 #include <QRecursiveMutex>
 
@@ -68,26 +71,14 @@ QByteArray contentsOf(Exiv2::BasicIo &io)
     return QByteArray(bytes, static_cast<qsizetype>(io.size()));
 }
 
-const QByteArray endOfJpeg = QByteArrayLiteral("\xff\xd9");
-
-// Where the compressed pixels of a JPEG start: behind the first scan header (ITU-T T.81, annex B). 0 when it
-// is no JPEG.
-qsizetype startOfPixels(const QByteArray &encoded)
+// The head of a JPEG, up to its pixels, with an EXIF segment put in where cameras put it: first, or behind
+// the JFIF header.
+QByteArray withExifSegment(QByteArray head, const QByteArray &segment)
 {
-    constexpr uchar startOfScan = 0xda;
-    const auto byte = [&encoded](qsizetype at) {
-        return static_cast<uchar>(encoded[at]);
-    };
-    if (!encoded.startsWith("\xff\xd8"))
-        return 0;
     qsizetype at = 2;
-    while (at + 4 <= encoded.size() && byte(at) == 0xff) {
-        const uchar marker = byte(at + 1);
-        at += 2 + (byte(at + 2) << 8 | byte(at + 3));
-        if (marker == startOfScan)
-            return at < encoded.size() ? at : 0;
-    }
-    return 0;
+    if (head.mid(at, 2) == "\xff\xe0")
+        at += 2 + (static_cast<uchar>(head[at + 2]) << 8 | static_cast<uchar>(head[at + 3]));
+    return head.insert(at, segment);
 }
 
 std::optional<QByteArray> withMetadataInFull(const QByteArray &encoded, const PhotoMetadata &metadata,
@@ -145,12 +136,16 @@ std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *err
 {
     prepareLibrary();
     const std::string nativePath = qPathToNativeStdString(path);
+    QByteArray exifSegment;
+    if (QFile file(path); file.open(QIODevice::ReadOnly))
+        exifSegment = JpegHeader::read(file).exif;
     const QMutexLocker locker(&metadataMutex);
     try {
         const Exiv2Compat::ImagePtr image = Exiv2::ImageFactory::open(nativePath);
         image->readMetadata();
-        PhotoMetadata metadata{image->exifData(), image->iptcData(), image->xmpData(),
-                               Exiv2Compat::iccProfile(*image), image->byteOrder()};
+        PhotoMetadata metadata{image->exifData(),  image->iptcData(),
+                               image->xmpData(),   Exiv2Compat::iccProfile(*image),
+                               image->byteOrder(), exifSegment};
         if (image->mimeType() == "image/tiff")
             dropPixelLayout(metadata.exif);
         return metadata;
@@ -163,12 +158,18 @@ std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *err
 std::optional<QByteArray> withMetadata(const QByteArray &encoded, const PhotoMetadata &metadata,
                                        QString *error)
 {
-    // All metadata of a JPEG stand before its pixels. Without these the library, and with it the lock, has
-    // little to do.
-    const qsizetype pixels = startOfPixels(encoded);
+    QBuffer buffer;
+    buffer.setData(encoded);
+    buffer.open(QIODevice::ReadOnly);
+    const qint64 pixels = JpegHeader::read(buffer).startOfPixels;
     if (pixels == 0)
         return withMetadataInFull(encoded, metadata, error);
-    std::optional<QByteArray> result = withMetadataInFull(encoded.first(pixels) + endOfJpeg, metadata, error);
+
+    // All metadata of a JPEG stand before its pixels: without these the library, and with it the lock, has
+    // little to do. The original's EXIF segment goes in as it stands: the library finds nothing to change
+    // there, so that not even maker notes that it does not know are touched.
+    const QByteArray head = withExifSegment(encoded.first(pixels), metadata.exifSegment) + endOfJpeg;
+    std::optional<QByteArray> result = withMetadataInFull(head, metadata, error);
     if (result) {
         Q_ASSERT(result->endsWith(endOfJpeg));
         result->chop(endOfJpeg.size());

@@ -17,6 +17,10 @@ struct PhotoMetadata {
     QByteArray iccProfile;                            ///< empty when there is none
     Exiv2::ByteOrder byteOrder = Exiv2::littleEndian; ///< of the EXIF data; maker notes may depend on it
 
+    /// The EXIF segment of a JPEG as it stands in the file; empty for other formats, and to be emptied when
+    /// `exif` is replaced.
+    QByteArray exifSegment;
+
     /// How the pixels are stored, 1 to 8 (see render/uprightimage.h); 1 when no tag, or none that makes
     /// sense, tells.
     int orientation() const;

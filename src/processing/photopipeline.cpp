@@ -327,6 +327,7 @@ PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
     if (writesFreshTags()) {
         write(QStringLiteral("Generando nuevos metadatos EXIF desde datos TXT para ") + working.fileName());
         m_metadata.exif = freshExif({*m_data.geo, m_data.orientation, m_data.altitude, m_data.dateTime});
+        m_metadata.exifSegment.clear();
         m_metadata.xmp.clear();
     }
 
