@@ -5,6 +5,7 @@
 #include "processing/exiv2compat.h"
 
 #include <QFile>
+#include <QMutex>
 
 namespace
 {
@@ -29,11 +30,11 @@ QImage plainImage(QSize size, const QColor &colour)
     return image;
 }
 
-void writePhoto(const QString &path, const QImage &image, const Tags &tags)
+void writePhoto(const QString &path, const QImage &image, const Tags &tags, const QByteArray &iccProfile)
 {
     if (!image.save(path, nullptr, 95))
         qFatal("cannot write %s", qPrintable(path));
-    if (tags.isEmpty())
+    if (tags.isEmpty() && iccProfile.isEmpty())
         return;
     const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
     file->readMetadata();
@@ -49,7 +50,16 @@ void writePhoto(const QString &path, const QImage &image, const Tags &tags)
         else
             file->exifData()[key] = value;
     }
+    if (!iccProfile.isEmpty())
+        Exiv2Compat::setIccProfile(*file, iccProfile);
     file->writeMetadata();
+}
+
+QByteArray iccProfileOf(const QString &path)
+{
+    const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
+    file->readMetadata();
+    return Exiv2Compat::iccProfile(*file);
 }
 
 Tags gpsTags()
@@ -91,4 +101,25 @@ void writeText(const QString &path, const QByteArray &text)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
         qFatal("cannot write %s", qPrintable(path));
+}
+
+BatchReport runBatch(const QString &folder, const ProcessOptions &options, int threads)
+{
+    BatchReport report;
+    QMutex mutex;
+    PhotoProcessor processor;
+    processor.setOptions(options);
+    processor.setThreadCount(threads);
+    processor.renamePhotosWithUTM(
+        folder,
+        [&](const QString &line) {
+            const QMutexLocker locker(&mutex);
+            report.log.append(line);
+        },
+        [&](int done, int total) {
+            const QMutexLocker locker(&mutex);
+            report.progress.append({done, total});
+        });
+    report.summary = processor.summary();
+    return report;
 }

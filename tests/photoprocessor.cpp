@@ -6,7 +6,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QMutex>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -44,23 +43,10 @@ void PhotoProcessorTest::init()
 
 void PhotoProcessorTest::run(const ProcessOptions &options, int threads)
 {
-    m_log.clear();
-    m_progress.clear();
-    QMutex mutex;
-    PhotoProcessor processor;
-    processor.setOptions(options);
-    processor.setThreadCount(threads);
-    processor.renamePhotosWithUTM(
-        m_folder->path(),
-        [&](const QString &line) {
-            const QMutexLocker locker(&mutex);
-            m_log.append(line);
-        },
-        [&](int done, int total) {
-            const QMutexLocker locker(&mutex);
-            m_progress.append({done, total});
-        });
-    m_summary = processor.summary();
+    const BatchReport report = runBatch(m_folder->path(), options, threads);
+    m_log = report.log;
+    m_progress = report.progress;
+    m_summary = report.summary;
 }
 
 void PhotoProcessorTest::walks_data()

@@ -89,8 +89,6 @@ std::optional<QByteArray> withMetadataInFull(const QByteArray &encoded, const Ph
     try {
         const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
         image->readMetadata();
-        if (metadata.byteOrder != Exiv2::invalidByteOrder)
-            image->setByteOrder(metadata.byteOrder);
         image->setExifData(metadata.exif);
         image->setIptcData(metadata.iptc);
         image->setXmpData(metadata.xmp);
@@ -143,9 +141,8 @@ std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *err
     try {
         const Exiv2Compat::ImagePtr image = Exiv2::ImageFactory::open(nativePath);
         image->readMetadata();
-        PhotoMetadata metadata{image->exifData(),  image->iptcData(),
-                               image->xmpData(),   Exiv2Compat::iccProfile(*image),
-                               image->byteOrder(), exifSegment};
+        PhotoMetadata metadata{image->exifData(), image->iptcData(), image->xmpData(),
+                               Exiv2Compat::iccProfile(*image), exifSegment};
         if (image->mimeType() == "image/tiff")
             dropPixelLayout(metadata.exif);
         return metadata;

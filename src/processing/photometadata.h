@@ -14,8 +14,7 @@ struct PhotoMetadata {
     Exiv2::ExifData exif;
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
-    QByteArray iccProfile;                            ///< empty when there is none
-    Exiv2::ByteOrder byteOrder = Exiv2::littleEndian; ///< of the EXIF data; maker notes may depend on it
+    QByteArray iccProfile; ///< empty when there is none
 
     /// The EXIF segment of a JPEG as it stands in the file; empty for other formats, and to be emptied when
     /// `exif` is replaced.
