@@ -22,6 +22,19 @@ QByteArray exifSegmentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? JpegHeader::read(file).exif : QByteArray();
 }
 
+// Makes the EXIF segment of a JPEG one that no library would write just so.
+void padExifSegment(const QString &path)
+{
+    QByteArray bytes = bytesOf(path);
+    const QByteArray segment = exifSegmentOf(path);
+    constexpr char padding = 16;
+    QByteArray padded = segment + QByteArray(padding, '\0');
+    const auto length = static_cast<quint16>(padded.size() - 2);
+    padded[2] = static_cast<char>(length >> 8);
+    padded[3] = static_cast<char>(length & 0xff);
+    writeText(path, bytes.replace(segment, padded));
+}
+
 } // namespace
 
 /// What stands in a saved photo: its pixels, their description, and the metadata.
@@ -43,7 +56,6 @@ private slots:
     void keepsOnlyProfilesOfItsPixels_data();
     void keepsOnlyProfilesOfItsPixels();
     void leavesTiffLayoutBehind();
-    void writesNoRawMetadataAsComment();
     void staysAliveOnBadFiles();
     void savesWhatAnUnfinishedPhotoHas();
 
@@ -105,6 +117,8 @@ void PhotoContentsTest::keepsMetadata()
                  {"Iptc.Application2.Caption", "ladera"},
                  {"Xmp.dc.creator", "Ana"}});
     writePhoto(photo, plainImage({40, 30}), tags);
+    if (name.endsWith(QLatin1String("jpg")))
+        padExifSegment(photo);
     const QByteArray exifSegment = exifSegmentOf(photo);
     m_options.renamePhotos = false;
     if (embed) {
@@ -333,19 +347,6 @@ void PhotoContentsTest::leavesTiffLayoutBehind()
     QVERIFY(QFile::exists(photo));
     for (const char *tag : {"Exif.Image.ImageWidth", "Exif.Image.BitsPerSample", "Exif.Image.StripOffsets"})
         QVERIFY2(tagOf(photo, tag).isEmpty(), tag);
-}
-
-void PhotoContentsTest::writesNoRawMetadataAsComment()
-{
-    QImage image = plainImage({16, 16});
-    image.setText(QStringLiteral("Raw profile type exif"), QStringLiteral("\nexif\n      4\n00112233\n"));
-    image.setText(QStringLiteral("XML:com.adobe.xmp"), QStringLiteral("<x:xmpmeta/>"));
-    image.setText(QStringLiteral("Title"), QStringLiteral("ladera"));
-    const QString photo = m_root + QStringLiteral("/a.png");
-    writePhoto(photo, image);
-    m_options.renamePhotos = false;
-    run();
-    QCOMPARE(QImage(photo).textKeys(), QStringList(QStringLiteral("Title")));
 }
 
 // What there is of a photo whose transfer broke off is worth having.

@@ -12,6 +12,20 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+namespace
+{
+
+// Permissions do not bind the administrator, as whom tests may run.
+void bindToPermissions(QProcess &process)
+{
+    process.setChildProcessModifier([] {
+        if (geteuid() == 0 && setuid(65534) != 0)
+            _exit(99);
+    });
+}
+
+} // namespace
+
 /// The program velmaro-lote, run as a process.
 class VelmaroLoteTest : public QObject
 {
@@ -27,6 +41,7 @@ private slots:
     void tellsWhatWasLeft();
     void leavesReadOnlyPhotosWhole_data();
     void leavesReadOnlyPhotosWhole();
+    void stampsCopiesOfReadOnlyPhotos();
     void survivesKills();
 
 private:
@@ -135,7 +150,8 @@ void VelmaroLoteTest::startsWithTheWindowsDefaults()
     const QString result = photos() + QStringLiteral("/19G 345093 6297582.jpg");
     QVERIFY(QFile::exists(result));
     QVERIFY(QFile::exists(photos() + QStringLiteral("/Backup/a_backup.jpg")));
-    QVERIFY(m_output.startsWith(QStringLiteral("Dibujando rosa con orientación 90.5\n\nProcesando: a.jpg\n")));
+    QVERIFY(
+        m_output.startsWith(QStringLiteral("Dibujando rosa con orientación 90.5\n\nProcesando: a.jpg\n")));
     QVERIFY(m_output.endsWith(QLatin1String("Se procesaron 1 fotos en 0s.\n")));
     const QImage image(result);
     QVERIFY(image.pixelColor(780, 580).lightness() > 60); // the box of the text, bottom right
@@ -194,6 +210,7 @@ void VelmaroLoteTest::tellsWhatWasLeft()
     QCOMPARE(run({photos(), QStringLiteral("--sin-respaldo")}), 1);
     QVERIFY2(m_errors.contains(QLatin1String("1 de 2 fotos")), qPrintable(m_errors));
     QVERIFY(m_errors.contains(QLatin1String("Progreso: 1/2")));
+    QVERIFY(!QDir(photos()).exists(QStringLiteral("Backup")));
 }
 
 void VelmaroLoteTest::leavesReadOnlyPhotosWhole_data()
@@ -213,12 +230,8 @@ void VelmaroLoteTest::leavesReadOnlyPhotosWhole()
     QFile::setPermissions(photos(), QFile::Permissions(folder ? 0x5555 : 0x7777));
     QFile::setPermissions(photo, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
 
-    // Permissions do not bind the administrator, as whom tests may run.
     QProcess process;
-    process.setChildProcessModifier([] {
-        if (geteuid() == 0 && setuid(65534) != 0)
-            _exit(99);
-    });
+    bindToPermissions(process);
     start(process, {photos(), QStringLiteral("--sin-renombrar"), QStringLiteral("--sin-respaldo")});
     QVERIFY(process.waitForFinished());
     QFile::setPermissions(photos(), QFile::Permissions(0x7777));
@@ -227,6 +240,23 @@ void VelmaroLoteTest::leavesReadOnlyPhotosWhole()
                 .contains(QLatin1String("Error guardando la imagen: ")));
     QCOMPARE(bytesOf(photo), original);
     QCOMPARE(QDir(photos()).entryList(QDir::Files), QStringList(QStringLiteral("a.jpg")));
+}
+
+// Photos straight from a write-protected memory card.
+void VelmaroLoteTest::stampsCopiesOfReadOnlyPhotos()
+{
+    const QString photo = photos() + QStringLiteral("/a.jpg");
+    writePhoto(photo, plainImage({16, 16}));
+    QDir().mkpath(path("salida"));
+    for (const QString &folder : {m_folder->path(), path("salida")})
+        QFile::setPermissions(folder, QFile::Permissions(0x7777));
+    QFile::setPermissions(photo, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+    QProcess process;
+    bindToPermissions(process);
+    start(process, {photos(), QStringLiteral("--salida"), path("salida")});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QVERIFY(QFile::exists(path("salida/19J 500000 6000000.jpg")));
 }
 
 // Killed at any moment, a run in place leaves every photo whole, under its old name or its new one.

@@ -10,7 +10,6 @@
 #include <QImageWriter>
 #include <QPainter>
 
-#include <algorithm>
 #include <mutex>
 
 namespace
@@ -35,32 +34,6 @@ QImage laidOnWhite(const QImage &image)
     return opaque;
 }
 
-// Some readers hand the raw metadata blocks of a PNG over as texts. A writer would store them a second time,
-// in a JPEG as long comments; the metadata that is kept goes through the EXIF library.
-bool isRawMetadata(const QString &textKey)
-{
-    return textKey.startsWith(QLatin1String("Raw profile type")) ||
-           textKey == QLatin1String("XML:com.adobe.xmp");
-}
-
-QImage withoutRawMetadata(const QImage &image)
-{
-    const QStringList keys = image.textKeys();
-    if (std::none_of(keys.begin(), keys.end(), isRawMetadata))
-        return image;
-    QImage clean =
-        QImage(image.constBits(), image.width(), image.height(), image.bytesPerLine(), image.format()).copy();
-    clean.setDotsPerMeterX(image.dotsPerMeterX());
-    clean.setDotsPerMeterY(image.dotsPerMeterY());
-    clean.setColorSpace(image.colorSpace());
-    clean.setColorTable(image.colorTable());
-    for (const QString &key : keys) {
-        if (!isRawMetadata(key))
-            clean.setText(key, image.text(key));
-    }
-    return clean;
-}
-
 } // namespace
 
 QImage readImage(const QString &path, PixelBuffers &buffers)
@@ -80,7 +53,7 @@ QImage readImage(const QString &path, PixelBuffers &buffers)
 
     QImageReader reader(&file);
     reader.setAutoTransform(false);
-    const QImage image = withoutRawMetadata(reader.read());
+    const QImage image = reader.read();
     if (image.isNull() || paintsInFullColour(image))
         return image;
     return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
