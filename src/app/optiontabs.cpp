@@ -23,13 +23,24 @@ QVBoxLayout *tabLayout(QWidget *tab)
 {
     auto *layout = new QVBoxLayout(tab);
     layout->setContentsMargins(5, 5, 5, 5);
+    layout->setSpacing(5);
+    return layout;
+}
+
+// Groups stand close together, so that a tab fits into a small screen.
+template <typename Layout>
+Layout *groupLayout(QWidget *group)
+{
+    auto *layout = new Layout(group);
+    layout->setContentsMargins(8, 6, 8, 6);
+    layout->setSpacing(6);
     return layout;
 }
 
 // Rows that are too long for the panel wrap, so that nothing is cut off with a large font.
-QFormLayout *wrappingForm(QWidget *owner = nullptr)
+QFormLayout *wrappingForm(QWidget *group = nullptr)
 {
-    auto *form = new QFormLayout(owner);
+    auto *form = group ? groupLayout<QFormLayout>(group) : new QFormLayout;
     form->setFormAlignment(Qt::AlignLeft | Qt::AlignTop);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
@@ -53,7 +64,7 @@ QWidget *PhotoRenamerGUI::buildGeneralTab(QWidget *parent)
 QGroupBox *PhotoRenamerGUI::buildModeGroup(QWidget *parent)
 {
     auto *group = new QGroupBox(QStringLiteral("Modo de Obtención de Coordenadas"), parent);
-    auto *layout = new QHBoxLayout(group);
+    auto *layout = groupLayout<QHBoxLayout>(group);
     exifRadio = new QRadioButton(QStringLiteral("Desde EXIF de las fotos"), group);
     exifRadio->setObjectName(QStringLiteral("exifRadio"));
     exifRadio->setToolTip(QStringLiteral("Posición, orientación, fecha y altitud guardadas en cada foto."));
@@ -73,7 +84,7 @@ QGroupBox *PhotoRenamerGUI::buildCoordinatesGroup(QWidget *parent)
 {
     txtGroup = new QGroupBox(QStringLiteral("Archivo CSV"), parent);
     txtGroup->setObjectName(QStringLiteral("txtGroup"));
-    auto *layout = new QVBoxLayout(txtGroup);
+    auto *layout = groupLayout<QVBoxLayout>(txtGroup);
     QFormLayout *form = wrappingForm();
     layout->addLayout(form);
     txtPathEdit = lineEdit(txtGroup, "txtPathEdit");
@@ -106,7 +117,7 @@ QGroupBox *PhotoRenamerGUI::buildCoordinatesGroup(QWidget *parent)
 QGroupBox *PhotoRenamerGUI::buildRenamingGroup(QWidget *parent)
 {
     auto *group = new QGroupBox(QStringLiteral("Opciones de Renombrado"), parent);
-    auto *layout = new QVBoxLayout(group);
+    auto *layout = groupLayout<QVBoxLayout>(group);
     renameCheck =
         checkBox(group, "renameCheck", QStringLiteral("Renombrar fotos con coordenadas UTM"),
                  QStringLiteral("El nuevo nombre de cada foto es su posición: zona, este y norte."));
@@ -125,7 +136,7 @@ QGroupBox *PhotoRenamerGUI::buildRenamingGroup(QWidget *parent)
 QGroupBox *PhotoRenamerGUI::buildOutputGroup(QWidget *parent)
 {
     auto *group = new QGroupBox(QStringLiteral("Opciones de Salida"), parent);
-    auto *layout = new QVBoxLayout(group);
+    auto *layout = groupLayout<QVBoxLayout>(group);
     outputFolderCheck = checkBox(group, "outputFolderCheck",
                                  QStringLiteral("Guardar fotos modificadas en una carpeta separada"),
                                  QStringLiteral("Las fotos originales quedan como están."));
@@ -211,11 +222,11 @@ QWidget *PhotoRenamerGUI::buildLogoTab(QWidget *parent)
     layout->addWidget(group);
     layout->addStretch();
 
-    auto *groupLayout = new QVBoxLayout(group);
+    auto *column = groupLayout<QVBoxLayout>(group);
     logoCheck = checkBox(group, "logoCheck", QStringLiteral("Incrustar logo en las fotos"));
-    groupLayout->addWidget(logoCheck);
+    column->addWidget(logoCheck);
     QFormLayout *form = wrappingForm();
-    groupLayout->addLayout(form);
+    column->addLayout(form);
     logoPositionCombo = cornerCombo(group, "logoPositionCombo");
     form->addRow(QStringLiteral("Posición del Logo:"), logoPositionCombo);
     logoSizeSpin = ratioSpin(group, "logoSizeSpin", logoSizeRange,

@@ -109,6 +109,7 @@ QGroupBox *PhotoRenamerGUI::buildLogGroup(QWidget *parent)
 {
     auto *group = new QGroupBox(QStringLiteral("Log de Procesos"), parent);
     auto *layout = new QVBoxLayout(group);
+    layout->setContentsMargins(5, 5, 5, 5);
     logView = new QTextEdit(group);
     logView->setObjectName(QStringLiteral("logView"));
     logView->setReadOnly(true);
