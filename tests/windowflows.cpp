@@ -254,7 +254,7 @@ void WindowFlowsTest::writesASampleFile()
     QCOMPARE(a.easting, fromExif ? 345093.0 : 500000.0);
     QCOMPARE(a.hasOrientation, fromExif);
     QCOMPARE(a.orientation, fromExif ? 90.0 : 0.0);
-    QCOMPARE(a.altitude, fromExif ? 520.2 : 0.0);
+    QCOMPARE(a.altitude, fromExif ? 520.3 : 0.0);
     const QDateTime taken(QDate(2024, 3, 5), QTime(14, 7, 9));
     QCOMPARE(a.dateTime == taken, fromExif);
     const UtmEntry b = table[QStringLiteral("b.PNG")];
