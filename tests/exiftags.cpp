@@ -120,6 +120,10 @@ void ExifTagsTest::readsCaptureDate_data()
     QTest::newRow("zeros, then image")
         << Tags{{"Exif.Photo.DateTimeOriginal", "0000:00:00 00:00:00"}, {"Exif.Image.DateTime", imageText}}
         << image;
+    // Clocks in Santiago go from 23:59 to 01:00 that night, the camera's may not.
+    QTest::newRow("skipped hour") << Tags{{"Exif.Image.DateTime", "2024:09:08 00:30:00"}}
+                                  << QDateTime(QDate(2024, 9, 8), QTime(4, 30), Qt::UTC);
+    QTest::newRow("two blanks") << Tags{{"Exif.Image.DateTime", "2024:09:08  03:30:00"}} << QDateTime();
     QTest::newRow("image alone") << Tags{{"Exif.Image.DateTime", imageText}} << image;
     QTest::newRow("digitized does not count")
         << Tags{{"Exif.Photo.DateTimeDigitized", imageText}} << QDateTime();

@@ -5,6 +5,23 @@
 #include "processing/exiv2compat.h"
 
 #include <QFile>
+#include <QMutex>
+
+namespace
+{
+
+// The library's own parser stops at the largest signed number.
+Exiv2::URationalValue rationals(const QByteArray &text)
+{
+    Exiv2::URationalValue value;
+    for (const QByteArray &rational : text.split(' ')) {
+        const QByteArrayList parts = rational.split('/');
+        value.value_.emplace_back(parts.at(0).toUInt(), parts.at(1).toUInt());
+    }
+    return value;
+}
+
+} // namespace
 
 QImage plainImage(QSize size, const QColor &colour)
 {
@@ -13,11 +30,11 @@ QImage plainImage(QSize size, const QColor &colour)
     return image;
 }
 
-void writePhoto(const QString &path, const QImage &image, const Tags &tags)
+void writePhoto(const QString &path, const QImage &image, const Tags &tags, const QByteArray &iccProfile)
 {
     if (!image.save(path, nullptr, 95))
         qFatal("cannot write %s", qPrintable(path));
-    if (tags.isEmpty())
+    if (tags.isEmpty() && iccProfile.isEmpty())
         return;
     const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
     file->readMetadata();
@@ -28,10 +45,21 @@ void writePhoto(const QString &path, const QImage &image, const Tags &tags)
             file->iptcData()[key] = value;
         else if (tag.key().startsWith("Xmp."))
             file->xmpData()[key] = value;
+        else if (tag.value().contains('/'))
+            file->exifData()[key] = rationals(tag.value());
         else
             file->exifData()[key] = value;
     }
+    if (!iccProfile.isEmpty())
+        Exiv2Compat::setIccProfile(*file, iccProfile);
     file->writeMetadata();
+}
+
+QByteArray iccProfileOf(const QString &path)
+{
+    const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
+    file->readMetadata();
+    return Exiv2Compat::iccProfile(*file);
 }
 
 Tags gpsTags()
@@ -73,4 +101,25 @@ void writeText(const QString &path, const QByteArray &text)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
         qFatal("cannot write %s", qPrintable(path));
+}
+
+BatchReport runBatch(const QString &folder, const ProcessOptions &options, int threads)
+{
+    BatchReport report;
+    QMutex mutex;
+    PhotoProcessor processor;
+    processor.setOptions(options);
+    processor.setThreadCount(threads);
+    processor.renamePhotosWithUTM(
+        folder,
+        [&](const QString &line) {
+            const QMutexLocker locker(&mutex);
+            report.log.append(line);
+        },
+        [&](int done, int total) {
+            const QMutexLocker locker(&mutex);
+            report.progress.append({done, total});
+        });
+    report.summary = processor.summary();
+    return report;
 }

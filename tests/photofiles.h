@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "processing/photoprocessor.h"
+
 #include <QByteArray>
 #include <QColor>
 #include <QImage>
@@ -15,9 +17,13 @@ using Tags = QMap<QByteArray, QByteArray>;
 /// An image of one colour.
 QImage plainImage(QSize size, const QColor &colour = QColor(40, 90, 60));
 
-/// Encodes `image` into a file of the format that its suffix names, and puts the tags into it. Fails the
-/// program when it cannot.
-void writePhoto(const QString &path, const QImage &image, const Tags &tags = {});
+/// Encodes `image` into a file of the format that its suffix names, and puts the tags and the colour profile
+/// into it. Fails the program when it cannot.
+void writePhoto(const QString &path, const QImage &image, const Tags &tags = {},
+                const QByteArray &iccProfile = {});
+
+/// The colour profile in a file.
+QByteArray iccProfileOf(const QString &path);
 
 /// The tags of a position in 33° 27' S, 70° 40' W, heading 90.5, altitude 520.25 m, taken at 2024:03:05
 /// 14:07:09.
@@ -31,3 +37,13 @@ QByteArray bytesOf(const QString &path);
 
 /// Writes a text file.
 void writeText(const QString &path, const QByteArray &text);
+
+/// What a run over a folder has reported.
+struct BatchReport {
+    QStringList log;
+    QList<QPair<int, int>> progress;
+    PhotoProcessor::Summary summary;
+};
+
+/// Runs the engine over a folder.
+BatchReport runBatch(const QString &folder, const ProcessOptions &options, int threads = 1);

@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "photofiles.h"
-#include "processing/exifreader.h"
-#include "processing/photoprocessor.h"
 
 #include <QDir>
 #include <QDirIterator>
-#include <QImageReader>
-#include <QMutex>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -36,14 +32,6 @@ private slots:
     void mirrorsTheTree();
     void keepsEarlierResultsAndOriginals();
     void losesNoPhotoToANameRace();
-    void keepsMetadata_data();
-    void keepsMetadata();
-    void writesFreshTagsOnUprightPixels();
-    void stampsUpright_data();
-    void stampsUpright();
-    void savesByTheFinalSuffix_data();
-    void savesByTheFinalSuffix();
-    void staysAliveOnBadFiles();
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -78,18 +66,9 @@ void PhotoPipelineTest::writeTable(const QByteArray &rows)
 
 void PhotoPipelineTest::run(int threads)
 {
-    m_log.clear();
-    QMutex mutex;
-    PhotoProcessor processor;
-    processor.setOptions(m_options);
-    processor.setThreadCount(threads);
-    processor.renamePhotosWithUTM(m_root,
-                                  [&](const QString &line) {
-                                      const QMutexLocker locker(&mutex);
-                                      m_log.append(line);
-                                  },
-                                  {});
-    m_summary = processor.summary();
+    const BatchReport report = runBatch(m_root, m_options, threads);
+    m_log = report.log;
+    m_summary = report.summary;
 }
 
 // The paths below a folder, relative to it, sorted.
@@ -341,176 +320,6 @@ void PhotoPipelineTest::losesNoPhotoToANameRace()
     QCOMPARE(files().size(), count);
     QCOMPARE(colourCount(m_root), count);
     QCOMPARE(files().filter(fixedName).size(), count);
-}
-
-void PhotoPipelineTest::keepsMetadata_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("embed");
-    QTest::newRow("EXIF mode") << QStringLiteral("a.jpg") << false;
-    QTest::newRow("fresh tags") << QStringLiteral("a.jpg") << true;
-    QTest::newRow("TIFF") << QStringLiteral("a.tiff") << false;
-    QTest::newRow("PNG") << QStringLiteral("a.png") << false;
-}
-
-void PhotoPipelineTest::keepsMetadata()
-{
-    QFETCH(QString, name);
-    QFETCH(bool, embed);
-    const QString photo = m_root + u'/' + name;
-    Tags tags = gpsTags();
-    tags.insert({{"Exif.Image.Make", "Cámara"},
-                 {"Exif.Photo.UserComment", "charset=Ascii ladera norte"},
-                 {"Iptc.Application2.Caption", "ladera"},
-                 {"Xmp.dc.creator", "Ana"}});
-    writePhoto(photo, plainImage({40, 30}), tags);
-    m_options.renamePhotos = false;
-    if (embed) {
-        writeTable("a.jpg;19;H;300000;6000000\n");
-        m_options.embedCsvInExif = true;
-    }
-    run();
-    QCOMPARE(m_summary.finished, 1);
-    QCOMPARE(tagOf(photo, "Iptc.Application2.Caption"), "ladera");
-    QCOMPARE(tagOf(photo, "Xmp.dc.creator"), embed ? "" : "Ana");
-    QCOMPARE(tagOf(photo, "Exif.Image.Make"), embed ? "" : tags.value("Exif.Image.Make"));
-    QCOMPARE(tagOf(photo, "Exif.Photo.UserComment").isEmpty(), embed);
-    const std::optional<GpsData> gps = readGps(photo);
-    QVERIFY(gps.has_value());
-    QVERIFY(qAbs(gps->latitude - (embed ? -36.12 : -33.45)) < 0.01);
-    QCOMPARE(QImage(photo).size(), QSize(40, 30));
-}
-
-void PhotoPipelineTest::writesFreshTagsOnUprightPixels()
-{
-    QImage image = plainImage({40, 30}, Qt::black);
-    image.setPixelColor(0, 0, Qt::white);
-    const QString photo = m_root + QStringLiteral("/a.png");
-    writePhoto(photo, image, {{"Exif.Image.Orientation", "6"}});
-    writeTable("a.png;19;H;300000;6000000\n");
-    m_options.embedCsvInExif = true;
-    m_options.renamePhotos = false;
-    run();
-    const QImage result(photo);
-    QCOMPARE(result.size(), QSize(30, 40));
-    QCOMPARE(result.pixelColor(29, 0), QColor(Qt::white)); // turned clockwise
-    QCOMPARE(tagOf(photo, "Exif.Image.Orientation"), "");
-}
-
-void PhotoPipelineTest::stampsUpright_data()
-{
-    QTest::addColumn<int>("orientation");
-    QTest::addColumn<bool>("fresh");
-    for (int orientation = 1; orientation <= 8; ++orientation) {
-        QTest::addRow("%d kept", orientation) << orientation << false;
-        QTest::addRow("%d fresh", orientation) << orientation << true;
-    }
-}
-
-// Whatever the orientation, a viewer shows the same stamp at the same place.
-void PhotoPipelineTest::stampsUpright()
-{
-    QFETCH(int, orientation);
-    QFETCH(bool, fresh);
-    m_options.renamePhotos = false;
-    m_options.drawData = true;
-    m_options.bgText = true;
-    m_options.fontColor = Qt::red;
-    m_options.fontSizeRatio = 0.05;
-    m_options.dtPosition = Corner::TopRight;
-    m_options.coordsPosition = Corner::BottomLeft;
-    if (fresh) {
-        writeTable("a.jpg;19;H;300000;6000000;;2024-03-05 14:07:09\nb.jpg;19;H;300000;6000000;;2024-03-05 "
-                   "14:07:09\n");
-        m_options.embedCsvInExif = true;
-    }
-    const bool swapped = orientation >= 5;
-    Tags tags = gpsTags();
-    writePhoto(m_root + QStringLiteral("/a.jpg"), plainImage({400, 300}), tags);
-    tags.insert("Exif.Image.Orientation", QByteArray::number(orientation));
-    writePhoto(m_root + QStringLiteral("/b.jpg"), plainImage(swapped ? QSize(300, 400) : QSize(400, 300)),
-               tags);
-    run();
-
-    const auto shown = [this](const char *name) {
-        QImageReader reader(m_root + QString::fromLatin1(name));
-        reader.setAutoTransform(true);
-        return reader.read();
-    };
-    const QImage plain = shown("/a.jpg");
-    const QImage turned = shown("/b.jpg");
-    QCOMPARE(turned.size(), plain.size());
-    QVERIFY(plain.pixelColor(390, 20) != plain.pixelColor(200, 150)); // the box of the date
-    qint64 difference = 0;
-    for (int y = 0; y < plain.height(); ++y) {
-        for (int x = 0; x < plain.width(); ++x)
-            difference += qAbs(qGray(plain.pixel(x, y)) - qGray(turned.pixel(x, y)));
-    }
-    QVERIFY2(difference < 3 * plain.width() * plain.height(), qPrintable(QString::number(difference)));
-    QCOMPARE(tagOf(m_root + QStringLiteral("/b.jpg"), "Exif.Image.Orientation"),
-             fresh ? QByteArray() : QByteArray::number(orientation));
-}
-
-void PhotoPipelineTest::savesByTheFinalSuffix_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("rename");
-    QTest::addColumn<QByteArray>("format");
-    QTest::newRow("PNG to JPEG") << QStringLiteral("a.png") << true << QByteArray("jpeg");
-    QTest::newRow("TIFF to JPEG") << QStringLiteral("a.TIFF") << true << QByteArray("jpeg");
-    QTest::newRow("PNG stays") << QStringLiteral("a.png") << false << QByteArray("png");
-    QTest::newRow("TIFF stays") << QStringLiteral("a.tiff") << false << QByteArray("tiff");
-    QTest::newRow("JPEG by its long name") << QStringLiteral("a.JPEG") << false << QByteArray("jpeg");
-}
-
-void PhotoPipelineTest::savesByTheFinalSuffix()
-{
-    QFETCH(QString, name);
-    QFETCH(bool, rename);
-    QImage image(16, 16, QImage::Format_ARGB32);
-    image.fill(Qt::transparent);
-    if (name.startsWith(QLatin1String("a.J")))
-        image = plainImage({16, 16}, Qt::white).convertToFormat(QImage::Format_Grayscale8);
-    const QString path = m_root + u'/' + name;
-    QVERIFY(image.save(path));
-    m_options.renamePhotos = rename;
-    run();
-
-    const QString result = rename ? m_root + u'/' + fixedName + QStringLiteral(".jpg") : path;
-    QTEST(QImageReader(result).format(), "format");
-    const QImage saved(result);
-    QVERIFY(!saved.isGrayscale() || saved.format() != QImage::Format_Grayscale8);
-    if (!saved.hasAlphaChannel())
-        QCOMPARE(saved.pixelColor(8, 8), QColor(Qt::white)); // what was transparent lies on white
-}
-
-void PhotoPipelineTest::staysAliveOnBadFiles()
-{
-    writePhoto(path(QStringLiteral("whole.jpg")), plainImage({600, 400}), gpsTags());
-    const QByteArray whole = bytesOf(path(QStringLiteral("whole.jpg")));
-    const auto sizeClaim = [&whole](char high, char low) {
-        QByteArray forged = whole;
-        const qsizetype frame = forged.indexOf("\xff\xc0");
-        for (const int side : {5, 7}) {
-            forged[frame + side] = high;
-            forged[frame + side + 1] = low;
-        }
-        return forged;
-    };
-    const QMap<QString, QByteArray> bad{
-        {QStringLiteral("empty.jpg"), {}},
-        {QStringLiteral("text.jpg"), "no image"},
-        {QStringLiteral("head.jpg"), whole.left(20)},
-        {QStringLiteral("zero.jpg"), sizeClaim(0, 0)},
-        {QStringLiteral("huge.jpg"), sizeClaim('\x75', '\x30')}, // 30,000 by 30,000
-    };
-    for (auto file = bad.begin(); file != bad.end(); ++file)
-        writeText(m_root + u'/' + file.key(), file.value());
-    m_options.renamePhotos = false;
-    run(2);
-    QCOMPARE(m_log, QStringList(QStringLiteral("Se procesaron %1 fotos en 0s.").arg(bad.size())));
-    for (auto file = bad.begin(); file != bad.end(); ++file)
-        QCOMPARE(bytesOf(m_root + u'/' + file.key()), file.value());
 }
 
 QTEST_MAIN(PhotoPipelineTest)

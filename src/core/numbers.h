@@ -4,8 +4,8 @@
 #include <cmath>
 #include <limits>
 
-/// The integer part of `value`, truncated toward zero. A value beyond the range of T gives the nearest end of the range,
-/// NaN gives 0: unlike a plain cast it is defined for every double.
+/// The integer part of `value`, truncated toward zero. A value beyond the range of T gives the nearest end of
+/// the range, NaN gives 0: unlike a plain cast it is defined for every double.
 template <typename T = int>
 T truncated(double value)
 {

@@ -26,7 +26,7 @@ QString coordinatesHeader();
 
 /// Reads a coordinates file: UTF-8 text, one photo per line, fields separated by ";", numbers with a dot.
 ///
-/// Every problem goes to `log` as one line. A row whose zone, easting or northing cannot be read is left out; an unreadable
-/// heading, date or altitude leaves out that value alone. Of several rows with one name the last counts. A file that cannot
-/// be opened gives an empty table.
+/// Every problem goes to `log` as one line. A row whose zone, easting or northing cannot be read is left out;
+/// an unreadable heading, date or altitude leaves out that value alone. Of several rows with one name the
+/// last counts. A file that cannot be opened gives an empty table.
 CoordinatesTable readCoordinatesFile(const QString &path, const LogCallback &log);

@@ -25,8 +25,8 @@ inline constexpr RatioRange fontSizeRange{0.001, 0.2, 0.001, 4};
 inline constexpr RatioRange logoSizeRange{0.01, 0.3, 0.01, 2};
 inline constexpr RatioRange compassSizeRange{0.05, 0.5, 0.01, 2};
 
-/// The look of the overlay and the renaming choices: what a profile stores. A new one holds the values with which the window
-/// starts.
+/// The look of the overlay and the renaming choices: what a profile stores. A new one holds the values with
+/// which the window starts.
 struct Preset {
     QString logoPath;
     QString fontPath; ///< the window starts with `defaultFontPath()`
@@ -60,12 +60,13 @@ struct Preset {
     /// The values as a profile stores them.
     QJsonObject toJson() const;
 
-    /// Takes the values of a profile. A key that is missing or of the wrong type clears a path, sets the style to 0 or the
-    /// arrow colour to red, and leaves every other value as it is; so does a corner keyword that is none. Ratios are brought
-    /// into their ranges. Unknown keys are ignored.
+    /// Takes the values of a profile. A key that is missing or of the wrong type clears a path, sets the
+    /// style to 0 or the arrow colour to red, and leaves every other value as it is; so does a corner keyword
+    /// that is none. Ratios are brought into their ranges. Unknown keys are ignored.
     void apply(const QJsonObject &profile);
 
-    /// Copies the values into the options of a run. The logo only with `drawLogo`; without a logo path its ratio is 0.
+    /// Copies the values into the options of a run. The logo only with `drawLogo`; without a logo path its
+    /// ratio is 0.
     void fill(ProcessOptions &options, bool drawLogo) const;
 };
 

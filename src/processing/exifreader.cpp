@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/exifreader.h"
 
+#include "core/localtime.h"
 #include "processing/photometadata.h"
 
 #include <QDebug>
@@ -85,8 +86,10 @@ std::optional<QDateTime> captureDateOf(const PhotoMetadata &metadata)
         const auto *tag = find(metadata.exif, key);
         if (!tag)
             continue;
-        const QDateTime dateTime = QDateTime::fromString(QString::fromStdString(tag->toString()),
-                                                         QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+        const QString text = QString::fromStdString(tag->toString());
+        const QDateTime dateTime =
+            localReading(QDate::fromString(text.section(u' ', 0, 0), QStringLiteral("yyyy:MM:dd")),
+                         QTime::fromString(text.section(u' ', 1), QStringLiteral("HH:mm:ss")));
         if (dateTime.isValid())
             return dateTime;
     }

@@ -33,10 +33,6 @@ inline qint64 toInteger(const Exiv2::Exifdatum &datum)
     return datum.toInt64(0);
 }
 
-inline Exiv2::Rational toRational(const Exiv2::Exifdatum &datum, int component)
-{
-    return datum.toRational(static_cast<size_t>(component));
-}
 #else
 using ImagePtr = Exiv2::Image::AutoPtr;
 
@@ -65,9 +61,20 @@ inline qint64 toInteger(const Exiv2::Exifdatum &datum)
     return datum.toLong(0);
 }
 
+#endif
+
+/// A rational with both numbers read as signed 32-bit ones, as they stand; 0.28 refuses unsigned ones that
+/// are too large.
 inline Exiv2::Rational toRational(const Exiv2::Exifdatum &datum, int component)
 {
+    if (const auto *value = dynamic_cast<const Exiv2::URationalValue *>(&datum.value())) {
+        const Exiv2::URational rational = value->value_.at(static_cast<size_t>(component));
+        return {static_cast<int32_t>(rational.first), static_cast<int32_t>(rational.second)};
+    }
+#if EXIV2_TEST_VERSION(0, 28, 0)
+    return datum.toRational(static_cast<size_t>(component));
+#else
     return datum.toRational(component);
-}
 #endif
+}
 } // namespace Exiv2Compat

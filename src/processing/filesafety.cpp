@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/filesafety.h"
 
+#include "core/devices.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
@@ -76,8 +78,9 @@ Placing FilePlacer::copy(const QString &from, const QString &to) const
 {
     if (exists(to))
         return Placing::NameTaken;
-    // The ending keeps what a killed process leaves behind from being taken for a photo.
-    const QString unfinished = to + QLatin1Char('.') + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    // Not a photo's name: what a killed process leaves behind must not be taken for one.
+    const QString unfinished = QFileInfo(to).path() + QStringLiteral("/.velmaro-") +
+                               QUuid::createUuid().toString(QUuid::WithoutBraces);
     if (!QFile::copy(from, unfinished))
         return Placing::Failed;
     const Placing placing = rename(unfinished, to);
@@ -96,7 +99,7 @@ QString canonicalPath(const QString &path)
 bool replaceContents(const QString &path, const QByteArray &contents, const FileStamp &stamp, QString *error)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
+    if (!file.open(QIODevice::WriteOnly) || !writeAll(file, contents)) {
         *error = file.errorString();
         return false;
     }

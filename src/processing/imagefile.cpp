@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/imagefile.h"
 
+#include "processing/jpegcodec.h"
+
 #include <QBuffer>
 #include <QColorSpace>
+#include <QFile>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QPainter>
 
-#include <algorithm>
 #include <mutex>
 
 namespace
@@ -32,43 +34,26 @@ QImage laidOnWhite(const QImage &image)
     return opaque;
 }
 
-// Some readers hand the raw metadata blocks of a PNG over as texts. A writer would store them a second time,
-// in a JPEG as long comments; the metadata that is kept goes through the EXIF library.
-bool isRawMetadata(const QString &textKey)
-{
-    return textKey.startsWith(QLatin1String("Raw profile type")) ||
-           textKey == QLatin1String("XML:com.adobe.xmp");
-}
-
-QImage withoutRawMetadata(const QImage &image)
-{
-    const QStringList keys = image.textKeys();
-    if (std::none_of(keys.begin(), keys.end(), isRawMetadata))
-        return image;
-    QImage clean =
-        QImage(image.constBits(), image.width(), image.height(), image.bytesPerLine(), image.format()).copy();
-    clean.setDotsPerMeterX(image.dotsPerMeterX());
-    clean.setDotsPerMeterY(image.dotsPerMeterY());
-    clean.setColorSpace(image.colorSpace());
-    clean.setColorTable(image.colorTable());
-    for (const QString &key : keys) {
-        if (!isRawMetadata(key))
-            clean.setText(key, image.text(key));
-    }
-    return clean;
-}
-
 } // namespace
 
-QImage readImage(const QString &path)
+QImage readImage(const QString &path, PixelBuffers &buffers)
 {
     static std::once_flag once;
     std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
 
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    if (file.peek(3) == "\xff\xd8\xff") {
+        const QImage photo = decodedJpeg(file.readAll(), decodingLimitMegabytes, buffers);
+        if (!photo.isNull())
+            return photo;
+        file.seek(0);
+    }
+
+    QImageReader reader(&file);
     reader.setAutoTransform(false);
-    const QImage image = withoutRawMetadata(reader.read());
+    const QImage image = reader.read();
     if (image.isNull() || paintsInFullColour(image))
         return image;
     return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
@@ -78,7 +63,11 @@ std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffi
                                        QString *error)
 {
     const QByteArray format = suffix.toLower().toLatin1();
-    const bool isJpeg = format == "jpg" || format == "jpeg";
+    if (format == "jpg" || format == "jpeg") {
+        const QImage opaque = image.hasAlphaChannel() ? laidOnWhite(image) : image;
+        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, error);
+    }
+
     QByteArray encoded;
     QBuffer buffer(&encoded);
     buffer.open(QIODevice::WriteOnly);
@@ -86,7 +75,7 @@ std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffi
     writer.setQuality(quality);
     if (format == "png")
         writer.setCompression(0);
-    if (writer.write(isJpeg && image.hasAlphaChannel() ? laidOnWhite(image) : image))
+    if (writer.write(image))
         return encoded;
     *error = writer.errorString();
     return std::nullopt;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "processing/pixelbuffers.h"
+
 #include <QByteArray>
 #include <QImage>
 #include <QString>
@@ -10,7 +12,7 @@
 /// Decodes a photo by its contents, whatever its name says, with its pixels as they are stored, in a format
 /// that can be painted on in full colour. Null when it cannot be read, or claims to be larger than memory
 /// should ever be asked for.
-QImage readImage(const QString &path);
+QImage readImage(const QString &path, PixelBuffers &buffers);
 
 /// Encodes `image` in a format named as a file suffix is ("jpg", "JPEG", "tiff", "png"). `quality` is 1 to
 /// 100 and counts for JPEG. For JPEG an image with transparency is laid on white. Nothing, with the reason in

@@ -3,8 +3,11 @@
 
 #include "core/numbers.h"
 #include "processing/exifreader.h"
+#include "processing/jpegheader.h"
 
+#include <QBuffer>
 #include <QDebug>
+#include <QFile>
 #include <QMutexLocker>
 #include <QRecursiveMutex>
 
@@ -68,6 +71,37 @@ QByteArray contentsOf(Exiv2::BasicIo &io)
     return QByteArray(bytes, static_cast<qsizetype>(io.size()));
 }
 
+// The head of a JPEG, up to its pixels, with an EXIF segment put in where cameras put it: first, or behind
+// the JFIF header.
+QByteArray withExifSegment(QByteArray head, const QByteArray &segment)
+{
+    qsizetype at = 2;
+    if (head.mid(at, 2) == "\xff\xe0")
+        at += 2 + (static_cast<uchar>(head[at + 2]) << 8 | static_cast<uchar>(head[at + 3]));
+    return head.insert(at, segment);
+}
+
+std::optional<QByteArray> withMetadataInFull(const QByteArray &encoded, const PhotoMetadata &metadata,
+                                             QString *error)
+{
+    prepareLibrary();
+    const QMutexLocker locker(&metadataMutex);
+    try {
+        const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
+        image->readMetadata();
+        image->setExifData(metadata.exif);
+        image->setIptcData(metadata.iptc);
+        image->setXmpData(metadata.xmp);
+        if (!metadata.iccProfile.isEmpty())
+            Exiv2Compat::setIccProfile(*image, metadata.iccProfile);
+        image->writeMetadata();
+        return contentsOf(image->io());
+    } catch (const std::exception &exception) {
+        *error = QString::fromUtf8(exception.what());
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
 int PhotoMetadata::orientation() const
@@ -100,12 +134,15 @@ std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *err
 {
     prepareLibrary();
     const std::string nativePath = qPathToNativeStdString(path);
+    QByteArray exifSegment;
+    if (QFile file(path); file.open(QIODevice::ReadOnly))
+        exifSegment = JpegHeader::read(file).exif;
     const QMutexLocker locker(&metadataMutex);
     try {
         const Exiv2Compat::ImagePtr image = Exiv2::ImageFactory::open(nativePath);
         image->readMetadata();
         PhotoMetadata metadata{image->exifData(), image->iptcData(), image->xmpData(),
-                               Exiv2Compat::iccProfile(*image), image->byteOrder()};
+                               Exiv2Compat::iccProfile(*image), exifSegment};
         if (image->mimeType() == "image/tiff")
             dropPixelLayout(metadata.exif);
         return metadata;
@@ -118,22 +155,22 @@ std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *err
 std::optional<QByteArray> withMetadata(const QByteArray &encoded, const PhotoMetadata &metadata,
                                        QString *error)
 {
-    prepareLibrary();
-    const QMutexLocker locker(&metadataMutex);
-    try {
-        const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
-        image->readMetadata();
-        if (metadata.byteOrder != Exiv2::invalidByteOrder)
-            image->setByteOrder(metadata.byteOrder);
-        image->setExifData(metadata.exif);
-        image->setIptcData(metadata.iptc);
-        image->setXmpData(metadata.xmp);
-        if (!metadata.iccProfile.isEmpty())
-            Exiv2Compat::setIccProfile(*image, metadata.iccProfile);
-        image->writeMetadata();
-        return contentsOf(image->io());
-    } catch (const std::exception &exception) {
-        *error = QString::fromUtf8(exception.what());
-        return std::nullopt;
+    QBuffer buffer;
+    buffer.setData(encoded);
+    buffer.open(QIODevice::ReadOnly);
+    const qint64 pixels = JpegHeader::read(buffer).startOfPixels;
+    if (pixels == 0)
+        return withMetadataInFull(encoded, metadata, error);
+
+    // All metadata of a JPEG stand before its pixels: without these the library, and with it the lock, has
+    // little to do. The original's EXIF segment goes in as it stands: the library finds nothing to change
+    // there, so that not even maker notes that it does not know are touched.
+    const QByteArray head = withExifSegment(encoded.first(pixels), metadata.exifSegment) + endOfJpeg;
+    std::optional<QByteArray> result = withMetadataInFull(head, metadata, error);
+    if (result) {
+        Q_ASSERT(result->endsWith(endOfJpeg));
+        result->chop(endOfJpeg.size());
+        result->append(QByteArrayView(encoded).sliced(pixels));
     }
+    return result;
 }

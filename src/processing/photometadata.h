@@ -14,8 +14,11 @@ struct PhotoMetadata {
     Exiv2::ExifData exif;
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
-    QByteArray iccProfile;                            ///< empty when there is none
-    Exiv2::ByteOrder byteOrder = Exiv2::littleEndian; ///< of the EXIF data; maker notes may depend on it
+    QByteArray iccProfile; ///< empty when there is none
+
+    /// The EXIF segment of a JPEG as it stands in the file; empty for other formats, and to be emptied when
+    /// `exif` is replaced.
+    QByteArray exifSegment;
 
     /// How the pixels are stored, 1 to 8 (see render/uprightimage.h); 1 when no tag, or none that makes
     /// sense, tells.

@@ -134,6 +134,8 @@ bool PhotoPipeline::copyToOutputFolder()
         write(QStringLiteral("Error: No se pudo copiar el archivo a la carpeta de salida: ") + target);
         return false;
     }
+    // A copy of a write-protected photo, from a memory card or a disc, is still ours to write.
+    QFile::setPermissions(target, QFile::permissions(target) | QFile::WriteOwner | QFile::WriteUser);
     m_workingPath = QFileInfo(target).absoluteFilePath();
     write(QStringLiteral("Copiado a la carpeta de salida: ") + target);
     return true;
@@ -294,7 +296,7 @@ bool PhotoPipeline::isReserved(const QString &fileName) const
 
 std::optional<QImage> PhotoPipeline::paintedImage()
 {
-    QImage image = readImage(m_workingPath);
+    QImage image = readImage(m_workingPath, m_run.buffers);
     if (image.isNull()) {
         write(QStringLiteral("Error al abrir la imagen: ") + m_workingPath);
         return std::nullopt;
@@ -321,9 +323,11 @@ bool PhotoPipeline::writesFreshTags() const
 PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
 {
     const QFileInfo working(m_workingPath);
+    const int storedOrientation = m_metadata.orientation();
     if (writesFreshTags()) {
         write(QStringLiteral("Generando nuevos metadatos EXIF desde datos TXT para ") + working.fileName());
         m_metadata.exif = freshExif({*m_data.geo, m_data.orientation, m_data.altitude, m_data.dateTime});
+        m_metadata.exifSegment.clear();
         m_metadata.xmp.clear();
     }
 
@@ -333,8 +337,12 @@ PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
     QString metadataError;
     std::optional<QByteArray> contents =
         encodedImage(image, working.suffix(), m_options.jpegQuality, &imageError);
-    if (!contents)
+    if (!contents) {
+        // The file keeps its pixels as they were stored, and has to say how.
         contents = contentsOf(m_workingPath);
+        if (storedOrientation != 1)
+            m_metadata.exif["Exif.Image.Orientation"] = static_cast<uint16_t>(storedOrientation);
+    }
     if (std::optional<QByteArray> complete = withMetadata(*contents, m_metadata, &metadataError))
         contents = std::move(complete);
     QString writeError;

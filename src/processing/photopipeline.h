@@ -7,6 +7,7 @@
 #include "processing/exifreader.h"
 #include "processing/filesafety.h"
 #include "processing/photometadata.h"
+#include "processing/pixelbuffers.h"
 #include "render/overlay.h"
 
 #include <QSet>
@@ -14,7 +15,7 @@
 
 #include <optional>
 
-/// What the photos of one run share. The tasks only read it.
+/// What the photos of one run share. What the tasks change takes care of its threads itself.
 struct BatchRun {
     const ProcessOptions &options;
     const LogCallback &log;                ///< for the lines that do not wait for the end of the run
@@ -23,7 +24,8 @@ struct BatchRun {
     bool outputInsideRoot = false;         ///< the output folder is the root or lies inside it
     std::optional<CoordinatesTable> table; ///< none in EXIF mode or without a coordinates file
     OverlayResources resources;
-    FilePlacer placer;
+    FilePlacer &placer;
+    PixelBuffers &buffers;
 };
 
 /// The way of one photo through a run: copy or backup, metadata, position, name, overlay, saving. Each step

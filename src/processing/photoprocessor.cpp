@@ -77,11 +77,11 @@ void mapPhotos(QStringList photos, int threads, const Task &task)
     QtConcurrent::map(&pool, photos, task).waitForFinished();
 }
 
-QImage loadedLogo(const QString &path, const LogCallback &log)
+QImage loadedLogo(const QString &path, PixelBuffers &buffers, const LogCallback &log)
 {
     if (path.isEmpty())
         return {};
-    const QImage logo = readImage(path);
+    const QImage logo = readImage(path, buffers);
     if (logo.isNull())
         log(QStringLiteral("Error al abrir el logo."));
     return logo;
@@ -129,7 +129,9 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
 {
     const QStringList photos = findPhotos(directory, m_options.includeSubfolders, PhotoWalk::Batch);
     const int total = static_cast<int>(photos.size());
-    const Logo logo(loadedLogo(m_options.logoPath, log));
+    PixelBuffers buffers;
+    FilePlacer placer;
+    const Logo logo(loadedLogo(m_options.logoPath, buffers, log));
     std::optional<CoordinatesTable> table;
     if (!m_options.useExif && !m_options.txtPath.isEmpty())
         table = readCoordinatesFile(m_options.txtPath, log);
@@ -148,7 +150,8 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
                        liesWithin(m_options.outputFolder, directory),
                        table,
                        OverlayResources{&logo, loadedFontFamily(m_options.fontPath, log)},
-                       FilePlacer()};
+                       placer,
+                       buffers};
 
     mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
               [&](const QString &path) {

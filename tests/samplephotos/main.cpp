@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "data/coordinatesfile.h"
 #include "photofiles.h"
 #include "samplephotos.h"
 
@@ -41,7 +42,15 @@ constexpr SampleRow sampleRows[] = {
      "2026-03-14T09:37:18",
      ""},
     {"lámina.png", {1600, 1200}, 1, true, {-33.36301, -70.30812}, 64.0, 2398.5, "2026-03-14T09:42:26", ""},
-    {"escaneada.tif", {1600, 1200}, 1, true, {-33.36377, -70.30731}, 92.0, 2404.7, "2026-03-14T09:48:59", ""},
+    {"escaneada.tiff",
+     {1600, 1200},
+     1,
+     true,
+     {-33.36377, -70.30731},
+     92.0,
+     2404.7,
+     "2026-03-14T09:48:59",
+     ""},
     {"sin-datos-1.jpg",
      {1600, 1200},
      1,
@@ -90,9 +99,6 @@ constexpr SampleRow sampleRows[] = {
      ""},
 };
 
-const char *const coordinatesHeader =
-    "nombre_de_la_foto.jpg;zona;letra;easting;northing;orientacion;fecha_hora;altitud";
-
 void say(const QString &line)
 {
     QTextStream(stdout) << line << Qt::endl;
@@ -138,7 +144,7 @@ QByteArray coordinatesLine(const SampleRow &row)
 void makeSample(const QDir &folder)
 {
     const QDir photos(folder.filePath(QStringLiteral("fotos")));
-    QByteArray coordinates = coordinatesHeader + QByteArray("\n");
+    QByteArray coordinates = coordinatesHeader().toUtf8() + '\n';
     quint32 seed = 0;
     for (const SampleRow &row : sampleRows) {
         const QString path = photos.filePath(QString::fromUtf8(row.path));

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/backgroundjob.h"
+
+#include "app/logtext.h"
+
+#include <QMutexLocker>
+#include <QProgressBar>
+#include <QProgressDialog>
+#include <QTextEdit>
+#include <QThreadPool>
+#include <QtConcurrentRun>
+
+#include <utility>
+
+namespace
+{
+
+// Gives the thread of a job that only waits back to the global pool, which Qt's own painting and scaling on
+// the GUI thread need: on a machine with one core the pool has no other.
+class ReleasedPoolThread
+{
+public:
+    ReleasedPoolThread() { QThreadPool::globalInstance()->releaseThread(); }
+    ~ReleasedPoolThread() { QThreadPool::globalInstance()->reserveThread(); }
+
+private:
+    Q_DISABLE_COPY_MOVE(ReleasedPoolThread)
+};
+
+} // namespace
+
+BackgroundJob::BackgroundJob(const QString &label, QTextEdit *logView, QWidget *window)
+    : QFutureWatcher<void>(window)
+    , m_logView(logView)
+    , m_dialog(new QProgressDialog(label, QStringLiteral("Cancelar"), 0, 0, window))
+    , m_bar(new QProgressBar(m_dialog))
+{
+    m_dialog->setWindowModality(Qt::WindowModal);
+    m_dialog->setAutoClose(false);
+    m_bar->setRange(0, 0);
+    m_dialog->setBar(m_bar);
+    m_dialog->show();
+    connect(this, &QFutureWatcherBase::finished, this, &BackgroundJob::conclude);
+}
+
+BackgroundJob::~BackgroundJob()
+{
+    try {
+        waitForFinished();
+    } catch (...) { // what the job threw; its end counts, however it came
+    }
+}
+
+QProgressDialog *BackgroundJob::dialog() const
+{
+    return m_dialog;
+}
+
+void BackgroundJob::start(const Work &work, const std::function<void()> &whenDone)
+{
+    m_whenDone = whenDone;
+    setFuture(QtConcurrent::run([this, work] {
+        const ReleasedPoolThread released;
+        work([this](const QString &line) { log(line); },
+             [this](int done, int total) { progress(done, total); });
+    }));
+}
+
+void BackgroundJob::log(const QString &line)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_lines.append(line);
+    queueDelivery();
+}
+
+void BackgroundJob::progress(int done, int total)
+{
+    const QMutexLocker locker(&m_mutex);
+    // Reports of several threads may overtake each other.
+    m_progress = Progress{m_progress ? std::max(m_progress->done, done) : done, total};
+    queueDelivery();
+}
+
+void BackgroundJob::queueDelivery()
+{
+    if (std::exchange(m_deliveryQueued, true))
+        return;
+    QMetaObject::invokeMethod(
+        this, [this] { deliver(); }, Qt::QueuedConnection);
+}
+
+void BackgroundJob::deliver()
+{
+    QStringList lines;
+    std::optional<Progress> progress;
+    {
+        const QMutexLocker locker(&m_mutex);
+        lines = std::exchange(m_lines, {});
+        progress = m_progress;
+        m_deliveryQueued = false;
+    }
+    appendPlainLines(m_logView, lines);
+    if (progress)
+        showProgress(*progress);
+}
+
+// The bar is moved directly: QProgressDialog::setValue() handles events inside (so that a flood of updates
+// nests) and shows a cancelled dialog again.
+void BackgroundJob::showProgress(const Progress &progress)
+{
+    if (!m_bar)
+        return;
+    if (m_bar->maximum() == 0)
+        m_bar->setRange(0, progress.total);
+    m_bar->setValue(progress.done);
+}
+
+void BackgroundJob::conclude()
+{
+    deliver();
+    if (m_dialog) {
+        m_dialog->close();
+        m_dialog->deleteLater();
+        m_dialog = nullptr;
+    }
+    m_whenDone();
+    deleteLater();
+}

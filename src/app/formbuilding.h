@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "data/preset.h"
+
+#include <QString>
+
+class QBoxLayout;
+class QCheckBox;
+class QComboBox;
+class QDoubleSpinBox;
+class QFormLayout;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QScrollArea;
+class QWidget;
+
+/// The widgets of the window's forms, each made ready for use as a child of `parent` with the given object
+/// name.
+namespace FormBuilding
+{
+QLineEdit *lineEdit(QWidget *parent, const char *name);
+QPushButton *button(QWidget *parent, const char *name, const QString &text);
+
+/// Text that is too long for the form goes on in further lines.
+QCheckBox *checkBox(QWidget *parent, const char *name, const QString &text, const QString &toolTip = {});
+
+/// Combo and spin boxes change by the mouse wheel only while they have the focus, so that scrolling a form
+/// changes nothing on the way.
+QComboBox *comboBox(QWidget *parent, const char *name, const QStringList &items);
+QComboBox *cornerCombo(QWidget *parent, const char *name);
+QDoubleSpinBox *ratioSpin(QWidget *parent, const char *name, const RatioRange &range, const QString &toolTip);
+
+/// A field that shows a colour.
+QLabel *swatch(QWidget *parent, const char *name);
+
+/// `first` and `button` side by side.
+QHBoxLayout *fieldRow(QWidget *first, QPushButton *button);
+
+/// `buttons` side by side or, when the panel is too narrow for that, one below the other.
+QBoxLayout *buttonRow(const QList<QPushButton *> &buttons);
+
+/// A row of `form` with a field and its button; the label belongs to `first`, or to the button when the field
+/// takes no input.
+void addFieldRow(QFormLayout *form, const QString &label, QWidget *first, QPushButton *button);
+
+/// `content` in an area that scrolls it up and down when it is higher than the space there is.
+QScrollArea *scrollable(QWidget *content);
+
+/// The style sheet of a swatch.
+QString swatchStyle(const QString &colorName);
+} // namespace FormBuilding

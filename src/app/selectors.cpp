@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/formbuilding.h"
+#include "app/photorenamergui.h"
+
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRadioButton>
+
+void PhotoRenamerGUI::selectDirectory()
+{
+    const QString path = QFileDialog::getExistingDirectory(this, QStringLiteral("Seleccionar Directorio"));
+    if (!path.isEmpty())
+        directoryEdit->setText(path);
+}
+
+void PhotoRenamerGUI::selectLogo()
+{
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Seleccionar Logo"), QString(),
+                                     QStringLiteral("Image Files (*.png *.jpg *.jpeg *.tiff)"));
+    if (path.isEmpty())
+        return;
+    setLogoPath(path);
+    updatePreview();
+}
+
+void PhotoRenamerGUI::selectFont()
+{
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Seleccionar Fuente"), QString(),
+                                     QStringLiteral("Font Files (*.ttf *.otf);;All Files (*)"));
+    if (path.isEmpty())
+        return;
+    setFontPath(path);
+    updatePreview();
+}
+
+void PhotoRenamerGUI::selectTxt()
+{
+    const QString path =
+        QFileDialog::getOpenFileName(this, QStringLiteral("Seleccionar Archivo CSV"), QString(),
+                                     QStringLiteral("CSV Files (*.csv *.txt);;All Files (*)"));
+    if (!path.isEmpty())
+        txtPathEdit->setText(path);
+}
+
+void PhotoRenamerGUI::selectOutputDirectory()
+{
+    const QString path =
+        QFileDialog::getExistingDirectory(this, QStringLiteral("Seleccionar Carpeta de Salida"));
+    if (!path.isEmpty())
+        outputFolderEdit->setText(path);
+}
+
+void PhotoRenamerGUI::selectColor()
+{
+    const QColor color = QColorDialog::getColor(QColor::fromString(fontColorName), this,
+                                                QStringLiteral("Seleccionar Color Fuente"));
+    if (!color.isValid())
+        return;
+    setFontColor(color.name());
+    updatePreview();
+}
+
+void PhotoRenamerGUI::selectCompassArrowColor()
+{
+    const QColor color =
+        QColorDialog::getColor(arrowColor, this, QStringLiteral("Seleccionar Color de Flecha"));
+    if (!color.isValid())
+        return;
+    setArrowColor(color);
+    updatePreview();
+}
+
+void PhotoRenamerGUI::toggleMode()
+{
+    txtGroup->setVisible(txtRadio->isChecked());
+    updatePreview();
+}
+
+void PhotoRenamerGUI::setLogoPath(const QString &path)
+{
+    logoPathValue = path;
+    logoEdit->setText(QFileInfo(path).fileName());
+}
+
+void PhotoRenamerGUI::setFontPath(const QString &path)
+{
+    fontPathValue = path;
+    fontEdit->setText(QFileInfo(path).fileName());
+}
+
+void PhotoRenamerGUI::setFontColor(const QString &name)
+{
+    fontColorName = name;
+    colorSwatch->setStyleSheet(FormBuilding::swatchStyle(name));
+}
+
+void PhotoRenamerGUI::setArrowColor(const QColor &color)
+{
+    arrowColor = color;
+    arrowColorSwatch->setStyleSheet(FormBuilding::swatchStyle(color.name()));
+}

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/formbuilding.h"
+#include "app/photorenamergui.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTextEdit>
+#include <QWidgetAction>
+
+using namespace FormBuilding;
+
+void PhotoRenamerGUI::buildUi()
+{
+    setObjectName(QStringLiteral("PhotoRenamerGUI"));
+    setWindowTitle(QStringLiteral("Velmaro: Renombrador/Incrustador de coordenadas UTM en fotografías"));
+    resize(1280, 800);
+
+    auto *central = new QWidget(this);
+    auto *layout = new QHBoxLayout(central);
+    layout->setContentsMargins(5, 5, 5, 5);
+    layout->setSpacing(2);
+    auto *splitter = new QSplitter(Qt::Horizontal, central);
+    splitter->setObjectName(QStringLiteral("splitter"));
+    splitter->setChildrenCollapsible(false);
+    QWidget *panel = buildControlPanel(splitter);
+    previewGroup = buildPreviewGroup(splitter);
+    splitter->setStretchFactor(0, 0);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({panel->maximumWidth(), width() - panel->maximumWidth()});
+    // The pane shrinks and grows with the handle as it does with the window.
+    connect(splitter, &QSplitter::splitterMoved, this, &PhotoRenamerGUI::rescalePreview);
+    layout->addWidget(splitter);
+    setCentralWidget(central);
+
+    buildMenus();
+    statusBar()->addPermanentWidget(new QLabel(QStringLiteral("Velmaro " VELMARO_VERSION), statusBar()));
+    applyStartValues();
+}
+
+QWidget *PhotoRenamerGUI::buildControlPanel(QWidget *parent)
+{
+    auto *panel = new QWidget(parent);
+    panel->setObjectName(QStringLiteral("controlPanel"));
+    panel->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Expanding);
+    panel->setMaximumWidth(400);
+    auto *layout = new QVBoxLayout(panel);
+    layout->setSpacing(4);
+    layout->setContentsMargins(5, 5, 5, 5);
+    layout->addWidget(buildInputGroup(panel));
+
+    auto *tabs = new QTabWidget(panel);
+    tabs->setObjectName(QStringLiteral("tabs"));
+    tabs->addTab(scrollable(buildGeneralTab(tabs)), QStringLiteral("General"));
+    tabs->addTab(scrollable(buildTextTab(tabs)), QStringLiteral("Texto"));
+    tabs->addTab(scrollable(buildLogoTab(tabs)), QStringLiteral("Logo"));
+    tabs->addTab(scrollable(buildCompassTab(tabs)), QStringLiteral("Rosa de Vientos"));
+    layout->addWidget(tabs);
+
+    auto *startRow = new QHBoxLayout;
+    startButton = button(panel, "startButton", QStringLiteral("Iniciar Proceso"));
+    startButton->setStyleSheet(QStringLiteral("QPushButton { font-size: 16px; padding: 8px; }"));
+    startRow->addWidget(startButton);
+    layout->addLayout(startRow);
+
+    layout->addWidget(buildLogGroup(panel), 1);
+    return panel;
+}
+
+QGroupBox *PhotoRenamerGUI::buildInputGroup(QWidget *parent)
+{
+    auto *group = new QGroupBox(QStringLiteral("Archivos de Entrada"), parent);
+    auto *form = new QFormLayout(group);
+    form->setContentsMargins(5, 5, 5, 5);
+    form->setSpacing(5);
+    form->setLabelAlignment(Qt::AlignRight);
+
+    const QString select = QStringLiteral("Seleccionar");
+    directoryEdit = lineEdit(group, "directoryEdit");
+    selectDirButton = button(group, "selectDirButton", select);
+    addFieldRow(form, QStringLiteral("Carpeta de Fotos:"), directoryEdit, selectDirButton);
+    subdirsCheck = checkBox(group, "subdirsCheck", QStringLiteral("Incluir subdirectorios"));
+    form->addRow(QString(), subdirsCheck);
+    logoEdit = lineEdit(group, "logoEdit");
+    selectLogoButton = button(group, "selectLogoButton", select);
+    addFieldRow(form, QStringLiteral("Logo (opcional):"), logoEdit, selectLogoButton);
+    fontEdit = lineEdit(group, "fontEdit");
+    selectFontButton = button(group, "selectFontButton", select);
+    addFieldRow(form, QStringLiteral("Fuente (opcional):"), fontEdit, selectFontButton);
+
+    subdirsCheck->setToolTip(QStringLiteral("Procesa también las fotos de las carpetas interiores."));
+    logoEdit->setToolTip(QStringLiteral("Imagen que se dibuja en una esquina de cada foto."));
+    fontEdit->setToolTip(QStringLiteral("Tipo de letra de los textos que se dibujan en las fotos."));
+    return group;
+}
+
+QGroupBox *PhotoRenamerGUI::buildLogGroup(QWidget *parent)
+{
+    auto *group = new QGroupBox(QStringLiteral("Log de Procesos"), parent);
+    auto *layout = new QVBoxLayout(group);
+    layout->setContentsMargins(5, 5, 5, 5);
+    logView = new QTextEdit(group);
+    logView->setObjectName(QStringLiteral("logView"));
+    logView->setReadOnly(true);
+    logView->setUndoRedoEnabled(false);
+    logView->setMinimumHeight(logView->fontMetrics().lineSpacing() * 5);
+    layout->addWidget(logView);
+    return group;
+}
+
+QGroupBox *PhotoRenamerGUI::buildPreviewGroup(QWidget *parent)
+{
+    auto *group = new QGroupBox(QStringLiteral("Vista Previa Interactiva"), parent);
+    group->setObjectName(QStringLiteral("previewGroup"));
+    group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    auto *layout = new QVBoxLayout(group);
+    previewLabel = new QLabel(
+        QStringLiteral("Seleccione una carpeta con imágenes para activar la vista previa."), group);
+    previewLabel->setObjectName(QStringLiteral("previewLabel"));
+    previewLabel->setAlignment(Qt::AlignCenter);
+    previewLabel->setWordWrap(true);
+    previewLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    layout->addWidget(previewLabel, 1);
+
+    prevButton = button(group, "prevButton", QStringLiteral("Anterior"));
+    nextButton = button(group, "nextButton", QStringLiteral("Siguiente"));
+    auto *row = new QHBoxLayout;
+    row->addStretch();
+    for (QPushButton *step : {prevButton, nextButton}) {
+        step->setEnabled(false);
+        row->addWidget(step);
+    }
+    row->addStretch();
+    layout->addLayout(row);
+    return group;
+}
+
+void PhotoRenamerGUI::buildMenus()
+{
+    QMenu *fileMenu = menuBar()->addMenu(tr("&Archivo"));
+    buildProfileMenu(fileMenu->addMenu(tr("Perfiles")));
+    QMenu *toolsMenu = menuBar()->addMenu(tr("&Herramientas"));
+    connect(toolsMenu->addAction(tr("Configuración...")), &QAction::triggered, this,
+            &PhotoRenamerGUI::openSettingsDialog);
+}
+
+void PhotoRenamerGUI::buildProfileMenu(QMenu *menu)
+{
+    presetCombo = comboBox(menu, "presetCombo", {});
+    presetCombo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    presetCombo->setMinimumContentsLength(20);
+    presetCombo->setToolTip(QStringLiteral("Perfiles guardados desde que se abrió el programa."));
+    loadPresetButton = button(menu, "loadPresetButton", QStringLiteral("Cargar"));
+    loadPresetButton->setToolTip(QStringLiteral("Abre un archivo de perfil y aplica sus opciones."));
+    savePresetButton = button(menu, "savePresetButton", QStringLiteral("Guardar"));
+    savePresetButton->setToolTip(QStringLiteral("Guarda las opciones actuales en un archivo de perfil."));
+    for (QWidget *widget :
+         std::initializer_list<QWidget *>{presetCombo, loadPresetButton, savePresetButton}) {
+        auto *action = new QWidgetAction(menu);
+        action->setDefaultWidget(widget);
+        menu->addAction(action);
+    }
+}
+
+void PhotoRenamerGUI::applyStartValues()
+{
+    applyPreset(Preset::atStart());
+    exifRadio->setChecked(true);
+    txtGroup->hide();
+    for (QCheckBox *check :
+         {overwriteAltitudeCheck, sampleFromExifCheck, embedCsvCheck, backupCheck, logoCheck})
+        check->setChecked(true);
+    outputFolderEdit->setEnabled(false);
+    selectOutputButton->setEnabled(false);
+}

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "data/samplefile.h"
+
+#include "core/numbers.h"
+#include "data/coordinatesfile.h"
+
+namespace
+{
+
+constexpr UtmPosition placeholder{19, 'J', 500000.0, 6000000.0};
+
+QString truncatedText(double value)
+{
+    return QString::number(truncated<qint64>(value));
+}
+
+// Date and time apart: of a reading that daylight saving time skips, QDateTime itself gives no text, and of
+// one with a zone it adds the offset.
+QString isoText(const QDateTime &dateTime)
+{
+    return dateTime.date().toString(Qt::ISODate) + u'T' + dateTime.time().toString(Qt::ISODate);
+}
+
+} // namespace
+
+QString sampleLine(const SampleRow &row)
+{
+    const UtmPosition position = row.position.value_or(placeholder);
+    const QString letter =
+        position.zoneLetter == '\0' ? QString() : QString(QLatin1Char(position.zoneLetter));
+    const QString orientation = row.orientation ? truncatedText(*row.orientation) : QString();
+    const QString altitude = row.altitude ? QString::number(*row.altitude, 'f', 1) : QString();
+    return QStringLiteral("%1;%2;%3;%4;%5;%6;%7;%8\n")
+        .arg(row.name, QString::number(position.zone), letter, truncatedText(position.easting),
+             truncatedText(position.northing), orientation, isoText(row.dateTime), altitude);
+}
+
+SampleFile::SampleFile(const QString &path)
+    : m_file(path)
+{
+}
+
+bool SampleFile::open()
+{
+    // Not in text mode: the lines end with a line feed alone on every platform.
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    write(coordinatesHeader() + u'\n');
+    return true;
+}
+
+void SampleFile::append(const SampleRow &row)
+{
+    write(sampleLine(row));
+}
+
+bool SampleFile::close()
+{
+    m_complete = m_file.flush() && m_complete;
+    m_file.close();
+    return m_complete;
+}
+
+void SampleFile::write(const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    m_complete = m_file.write(bytes) == bytes.size() && m_complete;
+}

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QImage>
+#include <QSize>
+
+#include <memory>
+
+/// Memory for the pixels of one photo after the other. Fresh memory of this size costs the system some
+/// thousand page faults per photo, as much time as a tenth of the decoding.
+///
+/// Safe to use from several threads. It never holds more buffers than have been in use at once.
+class PixelBuffers
+{
+public:
+    PixelBuffers();
+    ~PixelBuffers();
+
+    /// An image of Format_RGB32 with undefined pixels, or a null one when there is no memory for it. What it
+    /// holds goes back with the last copy of the image, which may outlive this object.
+    QImage image(QSize size);
+
+private:
+    Q_DISABLE_COPY_MOVE(PixelBuffers)
+
+    struct Shelf;
+    struct Lease;
+    static void giveBack(void *lease);
+
+    std::shared_ptr<Shelf> m_shelf;
+};

@@ -1,0 +1,305 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "photofiles.h"
+
+#include <QDir>
+#include <QImageReader>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <sys/types.h>
+#include <unistd.h>
+
+namespace
+{
+
+// Permissions do not bind the administrator, as whom tests may run.
+void bindToPermissions(QProcess &process)
+{
+    process.setChildProcessModifier([] {
+        if (geteuid() == 0 && setuid(65534) != 0)
+            _exit(99);
+    });
+}
+
+} // namespace
+
+/// The program velmaro-lote, run as a process.
+class VelmaroLoteTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void refuses_data();
+    void refuses();
+    void informs();
+    void startsWithTheWindowsDefaults();
+    void takesProfileAndOptions();
+    void tellsWhatWasLeft();
+    void leavesReadOnlyPhotosWhole_data();
+    void leavesReadOnlyPhotosWhole();
+    void stampsCopiesOfReadOnlyPhotos();
+    void survivesKills();
+
+private:
+    QString path(const char *name) const { return m_folder->filePath(QString::fromUtf8(name)); }
+    QString photos() const { return path("fotos"); }
+    void start(QProcess &process, const QStringList &arguments) const;
+    int run(const QStringList &arguments);
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_output;
+    QString m_errors;
+};
+
+void VelmaroLoteTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QDir().mkpath(photos());
+}
+
+void VelmaroLoteTest::start(QProcess &process, const QStringList &arguments) const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_folder->path());
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(VELMARO_LOTE), arguments);
+}
+
+int VelmaroLoteTest::run(const QStringList &arguments)
+{
+    QProcess process;
+    start(process, arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+        return -1;
+    m_output = QString::fromUtf8(process.readAllStandardOutput());
+    m_errors = QString::fromUtf8(process.readAllStandardError());
+    return process.exitCode();
+}
+
+void VelmaroLoteTest::refuses_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+
+    const auto rows = [](const char *name, const QString &arguments, const QString &message) {
+        QTest::newRow(name) << arguments.split(u'|') << message;
+    };
+    const QString logo = QStringLiteral("Seleccione un archivo de logo válido.");
+    rows("no folder", QStringLiteral("--sin-logo"), QStringLiteral("Indique una carpeta"));
+    rows("two folders", QStringLiteral("fotos|fotos"), QStringLiteral("Indique una carpeta"));
+    rows("empty folder", QString(), QStringLiteral("Seleccione un directorio de fotos válido."));
+    rows("missing folder", QStringLiteral("nada|--logo|nada.png"),
+         QStringLiteral("Seleccione un directorio de fotos"));
+    rows("missing logo", QStringLiteral("fotos|--logo|nada.png|--coordenadas|nada.csv"), logo);
+    rows("folder as logo", QStringLiteral("fotos|--logo|fotos"), logo);
+    rows("missing logo of the profile", QStringLiteral("fotos|--perfil|logo.json"), logo);
+    rows("missing table", QStringLiteral("fotos|--coordenadas|nada.csv|--salida|nada"),
+         QStringLiteral("Seleccione un archivo txt válido (o cambie el modo a EXIF)."));
+    rows("missing output", QStringLiteral("fotos|--salida|nada"),
+         QStringLiteral("Seleccione una carpeta de salida válida."));
+    rows("missing profile", QStringLiteral("fotos|--perfil|nada.json"),
+         QStringLiteral("No se pudo leer el perfil"));
+    rows("profile without object", QStringLiteral("fotos|--perfil|lista.json"),
+         QStringLiteral("No se pudo leer el perfil"));
+    rows("unknown option", QStringLiteral("fotos|--nada"), QStringLiteral("nada"));
+    rows("quality too high", QStringLiteral("fotos|--calidad|101"), QStringLiteral("calidad"));
+    rows("quality no number", QStringLiteral("fotos|--calidad|alta"), QStringLiteral("calidad"));
+    rows("no threads", QStringLiteral("fotos|--hilos|0"), QStringLiteral("hilos"));
+}
+
+void VelmaroLoteTest::refuses()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+    writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({16, 16}));
+    writeText(path("lista.json"), "[1]");
+    writeText(path("logo.json"), R"({"logoPath": "/nada/logo.png"})");
+    const QByteArray original = bytesOf(photos() + QStringLiteral("/a.jpg"));
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(m_folder->path());
+    const int status = run(arguments);
+    QDir::setCurrent(before);
+    QCOMPARE(status, 2);
+    QVERIFY2(m_errors.contains(message), qPrintable(m_errors));
+    QCOMPARE(m_output, QString());
+    QCOMPARE(QDir(photos()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList(QStringLiteral("a.jpg")));
+    QCOMPARE(bytesOf(photos() + QStringLiteral("/a.jpg")), original);
+}
+
+void VelmaroLoteTest::informs()
+{
+    QCOMPARE(run({QStringLiteral("--help")}), 0);
+    for (const char *option :
+         {"--perfil <ARCHIVO>", "--coordenadas <ARCHIVO>", "--logo <IMAGEN>", "--sin-logo",
+          "--salida <CARPETA>", "--subcarpetas", "--sin-renombrar", "--sin-respaldo", "--sin-incrustar",
+          "--prefijo <TEXTO>", "--calidad <N>", "--hilos <N>", "CARPETA"})
+        QVERIFY2(m_output.contains(QString::fromLatin1(option)), option);
+    QCOMPARE(run({QStringLiteral("--version")}), 0);
+    QVERIFY(m_output.startsWith(QLatin1String("velmaro-lote ")));
+}
+
+void VelmaroLoteTest::startsWithTheWindowsDefaults()
+{
+    writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({800, 600}, Qt::black), gpsTags());
+    QCOMPARE(run({photos()}), 0);
+    const QString result = photos() + QStringLiteral("/19G 345093 6297582.jpg");
+    QVERIFY(QFile::exists(result));
+    QVERIFY(QFile::exists(photos() + QStringLiteral("/Backup/a_backup.jpg")));
+    QVERIFY(
+        m_output.startsWith(QStringLiteral("Dibujando rosa con orientación 90.5\n\nProcesando: a.jpg\n")));
+    QVERIFY(m_output.endsWith(QLatin1String("Se procesaron 1 fotos en 0s.\n")));
+    const QImage image(result);
+    QVERIFY(image.pixelColor(780, 580).lightness() > 60); // the box of the text, bottom right
+    QVERIFY(image.pixelColor(20, 540).lightness() > 60);  // the disc of the rose, bottom left
+    QVERIFY(image.pixelColor(30, 30).lightness() < 10);   // no logo
+}
+
+void VelmaroLoteTest::takesProfileAndOptions()
+{
+    QDir(photos()).mkpath(QStringLiteral("sub"));
+    QDir().mkpath(path("salida"));
+    writePhoto(photos() + QStringLiteral("/sub/á b.jpg"), plainImage({800, 600}, Qt::black), gpsTags());
+    writePhoto(path("logo.png"), plainImage({50, 50}, Qt::red));
+    writeText(path("tabla.csv"), "á b.jpg;19;H;300000;6000000;270;;10\n");
+    writeText(path("perfil.json"),
+              R"({"drawData": false, "addCompass": true, "compassRatio": 9, "compassStyle": 9,
+                                       "logoRatio": 0.1, "logoPosition": "arriba-derecha", "renamePhotos": true})");
+    const QStringList arguments{QStringLiteral("--perfil"),
+                                path("perfil.json"),
+                                QStringLiteral("--coordenadas"),
+                                path("tabla.csv"),
+                                QStringLiteral("--logo"),
+                                path("logo.png"),
+                                QStringLiteral("--salida"),
+                                path("salida"),
+                                QStringLiteral("--subcarpetas"),
+                                QStringLiteral("--prefijo"),
+                                QStringLiteral("P-"),
+                                QStringLiteral("--calidad"),
+                                QStringLiteral("30"),
+                                QStringLiteral("--hilos"),
+                                QStringLiteral("1"),
+                                photos()};
+    QCOMPARE(run(arguments), 0);
+    const QString result = path("salida") + QStringLiteral("/sub/P-19H 300000 6000000.jpg");
+    const QImage image(result);
+    QCOMPARE(image.size(), QSize(800, 600));
+    QVERIFY(image.pixelColor(750, 50).red() > 200);       // the logo, top right
+    QVERIFY(image.pixelColor(780, 580).lightness() < 10); // no text
+    QCOMPARE(tagOf(result, "Exif.GPSInfo.GPSAltitude"), "1000/100");
+    QVERIFY(QImageReader(result).quality() < 0 || bytesOf(result).size() < 20000);
+    QVERIFY(!QDir(photos()).exists(QStringLiteral("Backup")));
+
+    QCOMPARE(run(arguments + QStringList({QStringLiteral("--sin-renombrar"),
+                                          QStringLiteral("--sin-incrustar"), QStringLiteral("--sin-logo")})),
+             0);
+    const QString unnamed = path("salida") + QStringLiteral("/sub/á b.jpg");
+    QCOMPARE(tagOf(unnamed, "Exif.GPSInfo.GPSAltitude"), "52025/100");
+    QVERIFY(QImage(unnamed).pixelColor(750, 50).lightness() < 10);
+}
+
+void VelmaroLoteTest::tellsWhatWasLeft()
+{
+    writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({16, 16}));
+    writeText(photos() + QStringLiteral("/b.jpg"), "no image");
+    QCOMPARE(run({photos(), QStringLiteral("--sin-respaldo")}), 1);
+    QVERIFY2(m_errors.contains(QLatin1String("1 de 2 fotos")), qPrintable(m_errors));
+    QVERIFY(m_errors.contains(QLatin1String("Progreso: 1/2")));
+    QVERIFY(!QDir(photos()).exists(QStringLiteral("Backup")));
+}
+
+void VelmaroLoteTest::leavesReadOnlyPhotosWhole_data()
+{
+    QTest::addColumn<bool>("folder");
+    QTest::newRow("read-only photo") << false;
+    QTest::newRow("read-only folder") << true;
+}
+
+void VelmaroLoteTest::leavesReadOnlyPhotosWhole()
+{
+    QFETCH(bool, folder);
+    const QString photo = photos() + QStringLiteral("/a.jpg");
+    writePhoto(photo, plainImage({16, 16}));
+    const QByteArray original = bytesOf(photo);
+    QFile::setPermissions(m_folder->path(), QFile::Permissions(0x7777));
+    QFile::setPermissions(photos(), QFile::Permissions(folder ? 0x5555 : 0x7777));
+    QFile::setPermissions(photo, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+
+    QProcess process;
+    bindToPermissions(process);
+    start(process, {photos(), QStringLiteral("--sin-renombrar"), QStringLiteral("--sin-respaldo")});
+    QVERIFY(process.waitForFinished());
+    QFile::setPermissions(photos(), QFile::Permissions(0x7777));
+    QCOMPARE(process.exitCode(), 1);
+    QVERIFY(QString::fromUtf8(process.readAllStandardOutput())
+                .contains(QLatin1String("Error guardando la imagen: ")));
+    QCOMPARE(bytesOf(photo), original);
+    QCOMPARE(QDir(photos()).entryList(QDir::Files), QStringList(QStringLiteral("a.jpg")));
+}
+
+// Photos straight from a write-protected memory card.
+void VelmaroLoteTest::stampsCopiesOfReadOnlyPhotos()
+{
+    const QString photo = photos() + QStringLiteral("/a.jpg");
+    writePhoto(photo, plainImage({16, 16}));
+    QDir().mkpath(path("salida"));
+    for (const QString &folder : {m_folder->path(), path("salida")})
+        QFile::setPermissions(folder, QFile::Permissions(0x7777));
+    QFile::setPermissions(photo, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+    QProcess process;
+    bindToPermissions(process);
+    start(process, {photos(), QStringLiteral("--salida"), path("salida")});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QVERIFY(QFile::exists(path("salida/19J 500000 6000000.jpg")));
+}
+
+// Killed at any moment, a run in place leaves every photo whole, under its old name or its new one.
+void VelmaroLoteTest::survivesKills()
+{
+    constexpr int kills = 20;
+    constexpr int count = 8;
+    for (int i = 0; i < count; ++i) {
+        Tags tags = gpsTags();
+        tags["Exif.GPSInfo.GPSLatitude"] = QByteArray::number(10 + i) + "/1 0/1 0/1";
+        writePhoto(path("") + QStringLiteral("%1.jpg").arg(i),
+                   plainImage({1200, 900}, QColor(20 * i, 90, 60)), tags);
+    }
+    int interrupted = 0;
+    for (int kill = 0; kill < kills; ++kill) {
+        QDir(photos()).removeRecursively();
+        QDir().mkpath(photos());
+        for (int i = 0; i < count; ++i)
+            QFile::copy(path("") + QStringLiteral("%1.jpg").arg(i),
+                        photos() + QStringLiteral("/%1.jpg").arg(i));
+        QProcess process;
+        start(process,
+              {photos(), QStringLiteral("--sin-respaldo"), QStringLiteral("--hilos"), QStringLiteral("2")});
+        QVERIFY(process.waitForStarted());
+        if (!process.waitForFinished(30 + QRandomGenerator::global()->bounded(150))) {
+            process.kill();
+            process.waitForFinished();
+            ++interrupted;
+        }
+
+        const QStringList found = QDir(photos()).entryList({QStringLiteral("*.jpg")}, QDir::Files);
+        QCOMPARE(found.size(), count);
+        QSet<QByteArray> positions;
+        for (const QString &name : found) {
+            const QString photo = photos() + u'/' + name;
+            QVERIFY2(!QImage(photo).isNull(), qPrintable(photo));
+            QVERIFY(bytesOf(photo).endsWith("\xff\xd9"));
+            positions.insert(tagOf(photo, "Exif.GPSInfo.GPSLatitude"));
+        }
+        QCOMPARE(positions.size(), count);
+    }
+    QVERIFY(interrupted > 0);
+}
+
+QTEST_MAIN(VelmaroLoteTest)
+#include "velmarolote.moc"
