@@ -9,18 +9,27 @@
 #include <QTest>
 
 #include <memory>
-#include <sys/types.h>
 #include <unistd.h>
+
+#ifdef Q_OS_LINUX
+#include <linux/capability.h>
+#include <sys/prctl.h>
+#endif
 
 namespace
 {
 
-// Permissions do not bind the administrator, as whom tests may run.
+// Permissions do not bind the administrator, as whom tests may run, unless the capabilities to pass over them
+// are dropped. The user stays, since another may not be let into the folder of the executable.
 void bindToPermissions(QProcess &process)
 {
     process.setChildProcessModifier([] {
-        if (geteuid() == 0 && setuid(65534) != 0)
-            _exit(99);
+#ifdef Q_OS_LINUX
+        for (const int capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) {
+            if (geteuid() == 0 && prctl(PR_CAPBSET_DROP, capability) != 0)
+                _exit(99);
+        }
+#endif
     });
 }
 
