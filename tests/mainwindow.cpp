@@ -14,6 +14,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
 #include <memory>
 
 /// The window at rest: its start, its rules, the preview and the profiles.
@@ -36,6 +37,7 @@ private slots:
     void previewsAsAViewerShows();
     void tellsWhatCannotBeShown();
     void keepsTheLastPreviewOnResize();
+    void refreshesThePreview();
     void previewsOncePerProfile();
     void savesAndListsProfiles();
     void loadsProfilesUnevenly();
@@ -45,6 +47,7 @@ private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
     QString photos() const { return path(QStringLiteral("fotos")); }
     void writePhotos(int count);
+    int previewsOf(const std::function<void()> &action) const;
     QImage preview() const { return m_driver->find<QLabel>("previewLabel")->pixmap().toImage(); }
     QString previewText() const { return m_driver->find<QLabel>("previewLabel")->text(); }
 
@@ -286,20 +289,70 @@ void MainWindowTest::keepsTheLastPreviewOnResize()
     QTRY_VERIFY(!preview().isNull());
 }
 
-void MainWindowTest::previewsOncePerProfile()
+// How many previews an action asks for: without a place for temporary files each of them leaves one line in
+// the log.
+int MainWindowTest::previewsOf(const std::function<void()> &action) const
 {
-    // A photo that is gone stops the preview: whoever looks at it between two options would leave the old
-    // picture.
+    const QByteArray place = qgetenv("TMPDIR");
+    qputenv("TMPDIR", "/dev/null");
+    const auto lines = [this] {
+        return m_driver->log().count(
+            QStringLiteral("Error: No se pudo crear el directorio temporal para la vista previa."));
+    };
+    const auto before = lines();
+    action();
+    const auto after = lines();
+    place.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", place);
+    return static_cast<int>(after - before);
+}
+
+void MainWindowTest::refreshesThePreview()
+{
     writePhotos(1);
     m_driver->type("directoryEdit", photos());
-    const QImage before = preview();
+    const auto change = [this](const QString &name) {
+        auto *widget = m_driver->find<QWidget>(qPrintable(name));
+        if (auto *combo = qobject_cast<QComboBox *>(widget))
+            combo->setCurrentIndex((combo->currentIndex() + 1) % combo->count());
+        else if (auto *edit = qobject_cast<QLineEdit *>(widget))
+            edit->setText(QStringLiteral("otro"));
+        else if (auto *spin = qobject_cast<QDoubleSpinBox *>(widget))
+            spin->stepUp();
+        else
+            qobject_cast<QAbstractButton *>(widget)->toggle();
+    };
+    const QMap<int, QString> widgets{
+        {1,
+         QStringLiteral(
+             "logoEdit fontEdit logoPositionCombo dtPositionCombo coordsPositionCombo "
+             "orientationPositionCombo "
+             "compassPositionCombo logoCheck compassCheck drawDataCheck drawOrientationCheck drawTimeCheck "
+             "bgTextCheck rotateCompassCheck txtPathEdit drawGeoCheck drawAltitudeCheck "
+             "altitudePositionCombo "
+             "compassStyleCombo fontSizeSpin logoSizeSpin compassSizeSpin subdirsCheck")},
+        {2, QStringLiteral("txtRadio")}, // by the mode, and by the photo that it draws
+        {0, QStringLiteral("renameCheck prefixCheck prefixEdit outputFolderCheck outputFolderEdit "
+                           "backupCheck embedCsvCheck "
+                           "overwriteAltitudeCheck sampleFromExifCheck")}};
+    for (auto row = widgets.begin(); row != widgets.end(); ++row) {
+        for (const QString &name : row.value().split(u' '))
+            QVERIFY2(previewsOf([&] { change(name); }) == row.key(), qPrintable(name));
+    }
+}
+
+void MainWindowTest::previewsOncePerProfile()
+{
+    writePhotos(1);
+    m_driver->type("directoryEdit", photos());
     writeText(path(QStringLiteral("p.json")),
               R"({"drawData": false, "addCompass": false, "renamePhotos": false,
                                                   "usePrefix": true})");
-    QMetaObject::invokeMethod(m_driver->window.get(), "loadPresetFromCombo",
-                              Q_ARG(QString, path(QStringLiteral("p.json"))));
-    QVERIFY(preview() != before);
-    // The rules fired all the same, in the order of the profile.
+    const auto load = [this] {
+        QMetaObject::invokeMethod(m_driver->window.get(), "loadPresetFromCombo",
+                                  Q_ARG(QString, path(QStringLiteral("p.json"))));
+    };
+    QCOMPARE(previewsOf(load), 1);
+    // The rules fired all the same.
     QVERIFY(!m_driver->isEnabled("bgTextCheck") && !m_driver->isEnabled("rotateCompassCheck"));
     QVERIFY(!m_driver->isEnabled("prefixCheck") && !m_driver->isEnabled("prefixEdit"));
 }

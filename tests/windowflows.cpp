@@ -53,6 +53,7 @@ private slots:
     void runsABatchToItsEnd();
     void hidesACancelledBatch();
     void staysAliveDuringABatch();
+    void waitsForItsBatchWhenClosed();
     void showsTheLogAsItIsWritten();
     void writesASampleFile_data();
     void writesASampleFile();
@@ -209,6 +210,19 @@ void WindowFlowsTest::staysAliveDuringABatch()
     QThreadPool::globalInstance()->setMaxThreadCount(threads);
     QVERIFY2(beats >= 5, qPrintable(QString::number(beats)));
     QVERIFY(poolFree);
+}
+
+void WindowFlowsTest::waitsForItsBatchWhenClosed()
+{
+    writePhotos(6, {1600, 1200});
+    m_driver->check("logoCheck", false);
+    m_driver->type("directoryEdit", photos());
+    m_driver->click("startButton");
+    m_driver.reset();
+    QCOMPARE(QDir(photos()).entryList({QStringLiteral("19J*")}, QDir::Files).size(), 6);
+    for (const QString &name : QDir(photos()).entryList(QDir::Files))
+        QVERIFY(QImage(photos() + u'/' + name).pixelColor(1500, 1100) !=
+                QImage(photos() + u'/' + name).pixelColor(9, 9));
 }
 
 void WindowFlowsTest::showsTheLogAsItIsWritten()
