@@ -97,6 +97,7 @@ QLabel *swatch(QWidget *parent, const char *name)
 {
     QLabel *label = named(new QLabel(parent), name);
     label->setFixedWidth(50);
+    label->setFrameShape(QFrame::Box); // so that white is seen as a field, too
     return label;
 }
 
@@ -108,14 +109,10 @@ QHBoxLayout *fieldRow(QWidget *first, QPushButton *button)
     return row;
 }
 
-QBoxLayout *buttonRow(const QList<QPushButton *> &buttons)
+void stackIfTooWide(QBoxLayout *row)
 {
-    auto *row = new QBoxLayout(QBoxLayout::LeftToRight);
-    for (QPushButton *button : buttons)
-        row->addWidget(button);
     if (row->minimumSize().width() > widestRow)
         row->setDirection(QBoxLayout::TopToBottom);
-    return row;
 }
 
 void addFieldRow(QFormLayout *form, const QString &label, QWidget *first, QPushButton *button)

@@ -39,8 +39,8 @@ QLabel *swatch(QWidget *parent, const char *name);
 /// `first` and `button` side by side.
 QHBoxLayout *fieldRow(QWidget *first, QPushButton *button);
 
-/// `buttons` side by side or, when the panel is too narrow for that, one below the other.
-QBoxLayout *buttonRow(const QList<QPushButton *> &buttons);
+/// Turns a row of widgets into a column when it is too wide for the panel.
+void stackIfTooWide(QBoxLayout *row);
 
 /// A row of `form` with a field and its button; the label belongs to `first`, or to the button when the field
 /// takes no input.

@@ -77,6 +77,7 @@ QGroupBox *PhotoRenamerGUI::buildModeGroup(QWidget *parent)
         modeGroup->addButton(radio);
         layout->addWidget(radio);
     }
+    stackIfTooWide(layout);
     return group;
 }
 
@@ -98,7 +99,11 @@ QGroupBox *PhotoRenamerGUI::buildCoordinatesGroup(QWidget *parent)
         button(txtGroup, "populateAltitudeButton", QStringLiteral("Rellenar altitud desde API"));
     populateAltitudeButton->setToolTip(QStringLiteral(
         "Consulta por Internet la altitud del terreno de cada línea y la escribe en el archivo."));
-    layout->addLayout(buttonRow({createSampleButton, populateAltitudeButton}));
+    auto *tools = new QHBoxLayout;
+    tools->addWidget(createSampleButton);
+    tools->addWidget(populateAltitudeButton);
+    stackIfTooWide(tools);
+    layout->addLayout(tools);
 
     overwriteAltitudeCheck =
         checkBox(txtGroup, "overwriteAltitudeCheck", QStringLiteral("Sobrescribir altitudes existentes"),
