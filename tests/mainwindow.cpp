@@ -1,346 +1,455 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "photofiles.h"
-#include "processing/photowalk.h"
 #include "windowdriver.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
-#include <QScrollArea>
-#include <QTabWidget>
+#include <QDoubleSpinBox>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <QTest>
 
+#include <functional>
+#include <memory>
+
+/// The window at rest: its start, its rules, the preview and the profiles.
 class MainWindowTest : public QObject
 {
     Q_OBJECT
 
+public:
+    static void initMain() { WindowDriver::prepareProcess(); }
+
 private slots:
-    void initTestCase();
     void init();
-    void startState();
-    void enableRules();
-    void nothingIsCutOff();
-    void wheelScrollsPastUnfocusedFields();
-    void previewTriggers_data();
-    void previewTriggers();
-    void folderMessages();
-    void navigation();
-    void previewLeavesNoTrace();
-    void previewIsUpright();
-    void resizing();
+    void startsWithItsDefaults();
+    void enablesWhatCounts_data();
+    void enablesWhatCounts();
+    void showsTheCoordinatesGroupInItsMode();
+    void browsesPhotos();
+    void looksAsideWithoutMoving();
+    void previewsWithoutATrace();
+    void previewsAsAViewerShows();
+    void tellsWhatCannotBeShown();
+    void keepsTheLastPreviewOnResize();
+    void refreshesThePreview();
+    void previewsOncePerProfile();
+    void savesAndListsProfiles();
+    void loadsProfilesUnevenly();
+    void choosesFilesAndFolders();
 
 private:
-    QString newFolder(const QStringList &names = {});
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    QString photos() const { return path(QStringLiteral("fotos")); }
+    void writePhotos(int count);
+    int previewsOf(const std::function<void()> &action) const;
+    QImage preview() const { return m_driver->find<QLabel>("previewLabel")->pixmap().toImage(); }
+    QString previewText() const { return m_driver->find<QLabel>("previewLabel")->text(); }
 
-    QTemporaryDir m_settings;
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WindowDriver> m_driver;
 };
-
-void MainWindowTest::initTestCase()
-{
-    isolateWindow(m_settings.path());
-}
 
 void MainWindowTest::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
+    m_driver.reset();
+    m_folder = std::make_unique<QTemporaryDir>();
+    QDir().mkpath(photos());
+    m_driver = std::make_unique<WindowDriver>();
 }
 
-// A folder with plain photos of the given names.
-QString MainWindowTest::newFolder(const QStringList &names)
+void MainWindowTest::writePhotos(int count)
 {
-    for (const QString &name : names)
-        writePhoto(m_dir->filePath(name), plainImage({320, 240}));
-    return m_dir->path();
+    for (int i = 0; i < count; ++i)
+        writePhoto(photos() + QStringLiteral("/%1.jpg").arg(i),
+                   plainImage({400, 300}, QColor(40 * i, 100, 200)), gpsTags());
 }
 
-void MainWindowTest::startState()
+void MainWindowTest::startsWithItsDefaults()
 {
-    const PhotoRenamerGUI window;
-    const auto child = [&window](const char *name) {
-        return window.findChild<QWidget *>(QString::fromLatin1(name));
+    QCOMPARE(m_driver->window->windowTitle(),
+             QStringLiteral("Velmaro: Renombrador/Incrustador de coordenadas UTM en fotografías"));
+    for (const char *name :
+         {"exifRadio", "overwriteAltitudeCheck", "sampleFromExifCheck", "embedCsvCheck", "renameCheck",
+          "backupCheck", "drawDataCheck", "drawOrientationCheck", "drawAltitudeCheck", "drawTimeCheck",
+          "bgTextCheck", "logoCheck", "compassCheck"})
+        QVERIFY2(m_driver->find<QAbstractButton>(name)->isChecked(), name);
+    for (const char *name : {"txtRadio", "subdirsCheck", "prefixCheck", "outputFolderCheck", "drawGeoCheck",
+                             "rotateCompassCheck"})
+        QVERIFY2(!m_driver->find<QAbstractButton>(name)->isChecked(), name);
+
+    const auto text = [this](const char *name) {
+        return m_driver->find<QLineEdit>(name)->text();
     };
+    QCOMPARE(text("fontEdit"), QStringLiteral("notosans.ttf"));
+    QCOMPARE(text("prefixEdit"), QStringLiteral("XXX_XXX_SA_"));
+    for (const char *name : {"directoryEdit", "logoEdit", "txtPathEdit", "outputFolderEdit"})
+        QCOMPARE(text(name), QString());
+
+    const QStringList corners{QStringLiteral("arriba-izquierda"), QStringLiteral("arriba-derecha"),
+                              QStringLiteral("abajo-izquierda"), QStringLiteral("abajo-derecha")};
+    const QMap<const char *, int> combos{{"dtPositionCombo", 3},          {"coordsPositionCombo", 3},
+                                         {"orientationPositionCombo", 3}, {"altitudePositionCombo", 3},
+                                         {"logoPositionCombo", 0},        {"compassPositionCombo", 2}};
+    for (auto combo = combos.begin(); combo != combos.end(); ++combo) {
+        const auto *box = m_driver->find<QComboBox>(combo.key());
+        QCOMPARE(box->currentIndex(), combo.value());
+        for (int i = 0; i < corners.size(); ++i)
+            QCOMPARE(box->itemText(i), corners[i]);
+    }
+    QCOMPARE(m_driver->find<QComboBox>("compassStyleCombo")->currentText(), QStringLiteral("Clásico"));
+
+    struct Spin {
+        const char *name;
+        double value, minimum, maximum, step;
+        int decimals;
+        bool tracking;
+    };
+    for (const Spin &spin : {Spin{"fontSizeSpin", 0.03, 0.001, 0.2, 0.001, 4, false},
+                             Spin{"logoSizeSpin", 0.2, 0.01, 0.3, 0.01, 2, true},
+                             Spin{"compassSizeSpin", 0.18, 0.05, 0.5, 0.01, 2, true}}) {
+        const auto *box = m_driver->find<QDoubleSpinBox>(spin.name);
+        QCOMPARE(box->value(), spin.value);
+        QCOMPARE(box->minimum(), spin.minimum);
+        QCOMPARE(box->maximum(), spin.maximum);
+        QCOMPARE(box->singleStep(), spin.step);
+        QCOMPARE(box->decimals(), spin.decimals);
+        QCOMPARE(box->keyboardTracking(), spin.tracking);
+    }
     for (const char *name :
          {"prefixEdit", "outputFolderEdit", "selectOutputButton", "prevButton", "nextButton"})
-        QVERIFY2(!child(name)->isEnabled(), name);
-    QVERIFY(child("txtGroup")->isHidden());
+        QVERIFY2(!m_driver->isEnabled(name), name);
+    QVERIFY(!m_driver->find<QWidget>("txtGroup")->isVisible());
+    QCOMPARE(previewText(),
+             QStringLiteral("Seleccione una carpeta con imágenes para activar la vista previa."));
+    QCOMPARE(m_driver->log(), QString());
+}
 
-    const QHash<QByteArray, QString> combos{{"dtPositionCombo", text("abajo-derecha")},
-                                            {"coordsPositionCombo", text("abajo-derecha")},
-                                            {"orientationPositionCombo", text("abajo-derecha")},
-                                            {"altitudePositionCombo", text("abajo-derecha")},
-                                            {"logoPositionCombo", text("arriba-izquierda")},
-                                            {"compassPositionCombo", text("abajo-izquierda")},
-                                            {"compassStyleCombo", text("Clásico")},
-                                            {"presetCombo", QString()}};
-    for (auto combo = combos.begin(); combo != combos.end(); ++combo)
-        QCOMPARE(qobject_cast<QComboBox *>(child(combo.key().constData()))->currentText(), combo.value());
-
-    const QSet<QString> unchecked{text("subdirsCheck"), text("prefixCheck"), text("outputFolderCheck"),
-                                  text("drawGeoCheck"), text("rotateCompassCheck")};
-    const auto checks = window.findChildren<QCheckBox *>();
-    QCOMPARE(checks.size(), 17);
-    for (const QCheckBox *check : checks)
-        QVERIFY2(check->isChecked() != unchecked.contains(check->objectName()),
-                 qPrintable(check->objectName()));
-
-    const auto spin = [&child](const char *name) {
-        return qobject_cast<QDoubleSpinBox *>(child(name));
+void MainWindowTest::enablesWhatCounts_data()
+{
+    QTest::addColumn<QStringList>("clicks");
+    QTest::addColumn<QStringList>("enabled");
+    QTest::addColumn<QStringList>("disabled");
+    const auto add = [](const char *name, const char *clicks, const char *enabled, const char *disabled) {
+        const auto list = [](const char *names) {
+            return QString::fromLatin1(names).split(u' ', Qt::SkipEmptyParts);
+        };
+        QTest::newRow(name) << list(clicks) << list(enabled) << list(disabled);
     };
-    QCOMPARE(spin("fontSizeSpin")->value(), 0.03);
-    QVERIFY(!spin("fontSizeSpin")->keyboardTracking());
-    QCOMPARE(spin("logoSizeSpin")->value(), 0.2);
-    QCOMPARE(spin("compassSizeSpin")->value(), 0.18);
-    QCOMPARE(qobject_cast<QLineEdit *>(child("prefixEdit"))->text(), text("XXX_XXX_SA_"));
-    QCOMPARE(qobject_cast<QLineEdit *>(child("fontEdit"))->text(), text("notosans.ttf"));
-    QCOMPARE(child("colorSwatch")->styleSheet(), text("background-color: #FFFFFF"));
-    QCOMPARE(child("arrowColorSwatch")->styleSheet(), text("background-color: #ff0000"));
+    add("prefix", "prefixCheck", "prefixCheck prefixEdit", "");
+    add("no renaming", "prefixCheck renameCheck", "", "prefixCheck prefixEdit");
+    add("renaming again", "prefixCheck renameCheck renameCheck", "prefixCheck prefixEdit", "");
+    add("renaming again, no prefix", "renameCheck renameCheck", "prefixCheck", "prefixEdit");
+    add("output", "outputFolderCheck", "outputFolderEdit selectOutputButton", "backupCheck");
+    add("no output", "outputFolderCheck outputFolderCheck", "backupCheck",
+        "outputFolderEdit selectOutputButton");
+    add("no logo", "logoCheck", "", "logoEdit selectLogoButton");
+    add("no compass", "compassCheck", "", "rotateCompassCheck");
+    add("no data", "drawDataCheck", "rotateCompassCheck", "bgTextCheck");
 }
 
-void MainWindowTest::enableRules()
+void MainWindowTest::enablesWhatCounts()
 {
-    Window window;
-    window.check("outputFolderCheck", true);
-    QVERIFY(window.enabled("outputFolderEdit") && window.enabled("selectOutputButton"));
-    QVERIFY(!window.enabled("backupCheck") && window.get<QCheckBox>("backupCheck")->isChecked());
-    window.check("outputFolderCheck", false);
-    QVERIFY(!window.enabled("outputFolderEdit") && window.enabled("backupCheck"));
-
-    window.check("prefixCheck", true);
-    QVERIFY(window.enabled("prefixEdit"));
-    window.check("renameCheck", false);
-    QVERIFY(!window.enabled("prefixCheck") && !window.enabled("prefixEdit"));
-    window.check("renameCheck", true);
-    QVERIFY(window.enabled("prefixCheck") && window.enabled("prefixEdit"));
-    window.check("prefixCheck", false);
-    QVERIFY(!window.enabled("prefixEdit"));
-
-    QVERIFY(!window.enabled("logoEdit") && !window.enabled("selectLogoButton"));
-    window.check("logoCheck", true);
-    QVERIFY(window.enabled("logoEdit") && window.enabled("selectLogoButton"));
-    window.check("compassCheck", false);
-    QVERIFY(!window.enabled("rotateCompassCheck"));
-    window.check("drawDataCheck", false);
-    QVERIFY(!window.enabled("bgTextCheck"));
-    window.check("txtRadio", true);
-    QVERIFY(window.get("txtGroup")->isVisible());
-    window.check("exifRadio", true);
-    QVERIFY(!window.get("txtGroup")->isVisible());
+    QFETCH(QStringList, clicks);
+    QFETCH(QStringList, enabled);
+    QFETCH(QStringList, disabled);
+    for (const QString &name : clicks)
+        m_driver->click(qPrintable(name));
+    for (const QString &name : enabled)
+        QVERIFY2(m_driver->isEnabled(qPrintable(name)), qPrintable(name));
+    for (const QString &name : disabled)
+        QVERIFY2(!m_driver->isEnabled(qPrintable(name)), qPrintable(name));
+    QVERIFY(m_driver->find<QCheckBox>("backupCheck")->isChecked());
 }
 
-// With a font as large as this no tab may be wider than the panel, which never scrolls sideways.
-void MainWindowTest::nothingIsCutOff()
+void MainWindowTest::showsTheCoordinatesGroupInItsMode()
 {
-    const QFont before = QApplication::font();
-    QFont large = before;
-    large.setPixelSize(17);
-    QApplication::setFont(large);
-    Window window;
-    window.resize(1024, 700);
-    window.check("txtRadio", true);
-    auto *tabs = window.get<QTabWidget>("tabs");
-    for (int index = 0; index < tabs->count(); ++index) {
-        tabs->setCurrentIndex(index);
-        QCoreApplication::processEvents();
-        const auto *area = qobject_cast<QScrollArea *>(tabs->widget(index));
-        QVERIFY2(area->widget()->minimumSizeHint().width() <= area->viewport()->width(),
-                 qPrintable(tabs->tabText(index)));
-        for (const QCheckBox *check : area->findChildren<QCheckBox *>())
-            QVERIFY2(check->isHidden() || check->height() >= check->heightForWidth(check->width()),
-                     qPrintable(check->text()));
+    m_driver->click("txtRadio");
+    QVERIFY(m_driver->find<QWidget>("txtGroup")->isVisible());
+    m_driver->click("exifRadio");
+    QVERIFY(!m_driver->find<QWidget>("txtGroup")->isVisible());
+}
+
+void MainWindowTest::browsesPhotos()
+{
+    writePhotos(3);
+    QDir().mkpath(photos() + QStringLiteral("/sub"));
+    writePhoto(photos() + QStringLiteral("/sub/x.png"), plainImage({400, 300}));
+    m_driver->type("directoryEdit", photos());
+    QSet<QRgb> seen;
+    for (int step = 0; step < 3; ++step) {
+        seen.insert(preview().pixel(preview().width() / 2, preview().height() / 3));
+        QCOMPARE(m_driver->isEnabled("prevButton"), step > 0);
+        QCOMPARE(m_driver->isEnabled("nextButton"), step < 2);
+        if (step < 2)
+            m_driver->click("nextButton");
     }
-    QCOMPARE(window.size(), QSize(1024, 700));
-    QVERIFY(window.get("controlPanel")->rect().contains(window.get("startButton")->geometry()));
-    QApplication::setFont(before);
+    QCOMPARE(seen.size(), 3);
+    m_driver->click("prevButton");
+    QVERIFY(m_driver->isEnabled("nextButton") && m_driver->isEnabled("prevButton"));
+
+    m_driver->check("subdirsCheck", true);
+    for (int step = 0; step < 3; ++step)
+        m_driver->click("nextButton");
+    QVERIFY(!m_driver->isEnabled("nextButton"));
 }
 
-void MainWindowTest::wheelScrollsPastUnfocusedFields()
+void MainWindowTest::looksAsideWithoutMoving()
 {
-    Window window;
-    window.get<QTabWidget>("tabs")->setCurrentIndex(1);
-    auto *spin = window.get<QDoubleSpinBox>("fontSizeSpin");
-    const auto turnWheel = [spin] {
-        const QPointF middle = spin->rect().center();
-        QWheelEvent event(middle, spin->mapToGlobal(middle), {}, {0, 120}, Qt::NoButton, Qt::NoModifier,
-                          Qt::NoScrollPhase, false);
-        QCoreApplication::sendEvent(spin, &event);
+    writePhotos(4);
+    m_driver->type("directoryEdit", photos());
+    QList<QImage> inOrder{preview()};
+    for (int i = 1; i < 4; ++i) {
+        m_driver->click("nextButton");
+        inOrder.append(preview());
+    }
+    m_driver->type("directoryEdit", photos() + u'/');
+    QMetaObject::invokeMethod(m_driver->window.get(), "showPreviewAtIndex", Q_ARG(int, 2));
+    QCOMPARE(preview(), inOrder[2]);
+    QVERIFY(!m_driver->isEnabled("prevButton"));
+    for (const int nowhere : {-1, 4})
+        QMetaObject::invokeMethod(m_driver->window.get(), "showPreviewAtIndex", Q_ARG(int, nowhere));
+    QCOMPARE(preview(), inOrder[2]);
+    m_driver->click("nextButton");
+    QCOMPARE(preview(), inOrder[1]);
+}
+
+void MainWindowTest::previewsWithoutATrace()
+{
+    writePhotos(1);
+    const QString photo = photos() + QStringLiteral("/0.jpg");
+    QFile::setPermissions(photo, QFile::ReadOwner);
+    const QByteArray original = bytesOf(photo);
+    m_driver->check("prefixCheck", true);
+    m_driver->check("outputFolderCheck", true);
+    m_driver->type("outputFolderEdit", m_folder->path());
+    m_driver->type("directoryEdit", photos());
+    const QImage stamped = preview();
+    QVERIFY(!stamped.isNull());
+    QVERIFY(stamped.pixelColor(stamped.width() * 9 / 10, stamped.height() * 85 / 100) !=
+            stamped.pixelColor(5, 5)); // the box
+
+    m_driver->check("drawDataCheck", false);
+    m_driver->check("compassCheck", false);
+    QVERIFY(preview() != stamped);
+    QCOMPARE(QDir(photos()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList(QStringLiteral("0.jpg")));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList(QStringLiteral("fotos")));
+    QCOMPARE(bytesOf(photo), original);
+    QCOMPARE(m_driver->log(), QString());
+}
+
+void MainWindowTest::previewsAsAViewerShows()
+{
+    writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({400, 200}),
+               {{"Exif.Image.Orientation", "6"}});
+    m_driver->type("directoryEdit", photos());
+    QCOMPARE(preview().height() > preview().width(), true);
+
+    // In the mode of the coordinates file a photo without a row is shown as it is.
+    writeText(path(QStringLiteral("tabla.csv")), "a.jpg;19;H;300000;6000000\n");
+    const QImage byExif = preview();
+    m_driver->click("txtRadio");
+    const QImage withoutRow = preview();
+    QVERIFY(withoutRow != byExif);
+    m_driver->type("txtPathEdit", path(QStringLiteral("tabla.csv")));
+    QVERIFY(preview() != withoutRow);
+}
+
+void MainWindowTest::tellsWhatCannotBeShown()
+{
+    m_driver->type("directoryEdit", photos());
+    QCOMPARE(previewText(), QStringLiteral("No se encontraron imágenes en el directorio seleccionado."));
+    m_driver->type("directoryEdit", path(QStringLiteral("nada")));
+    QCOMPARE(previewText(), QStringLiteral("El directorio seleccionado no es válido."));
+    m_driver->type("directoryEdit", QString()); // not the current directory either
+    QCOMPARE(previewText(), QStringLiteral("No se encontraron imágenes en el directorio seleccionado."));
+    writeText(photos() + QStringLiteral("/a.jpg"), "no image");
+    m_driver->type("directoryEdit", photos());
+    QCOMPARE(previewText(), QStringLiteral("Error al generar la vista previa."));
+}
+
+void MainWindowTest::keepsTheLastPreviewOnResize()
+{
+    writePhotos(1);
+    m_driver->type("directoryEdit", photos());
+    const QSize before = preview().size();
+    m_driver->window->resize(m_driver->window->size() - QSize(200, 150));
+    QTRY_VERIFY(preview().width() < before.width());
+
+    m_driver->type("directoryEdit", path(QStringLiteral("nada")));
+    QVERIFY(preview().isNull());
+    m_driver->window->resize(m_driver->window->size() + QSize(50, 50));
+    QTRY_VERIFY(!preview().isNull());
+}
+
+// How many previews an action asks for: without a place for temporary files each of them leaves one line in
+// the log.
+int MainWindowTest::previewsOf(const std::function<void()> &action) const
+{
+    const QByteArray place = qgetenv("TMPDIR");
+    qputenv("TMPDIR", "/dev/null");
+    const auto lines = [this] {
+        return m_driver->log().count(
+            QStringLiteral("Error: No se pudo crear el directorio temporal para la vista previa."));
     };
-    turnWheel();
-    QCOMPARE(spin->value(), 0.03);
-    window.activateWindow();
-    spin->setFocus();
-    QTRY_VERIFY(spin->hasFocus());
-    turnWheel();
-    QVERIFY(spin->value() > 0.03);
+    const auto before = lines();
+    action();
+    const auto after = lines();
+    place.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", place);
+    return static_cast<int>(after - before);
 }
 
-void MainWindowTest::previewTriggers_data()
+void MainWindowTest::refreshesThePreview()
 {
-    QTest::addColumn<QByteArray>("widget");
-    QTest::addColumn<int>("previews");
-    for (const char *once : {"logoEdit",
-                             "fontEdit",
-                             "logoPositionCombo",
-                             "dtPositionCombo",
-                             "coordsPositionCombo",
-                             "orientationPositionCombo",
-                             "compassPositionCombo",
-                             "logoCheck",
-                             "compassCheck",
-                             "drawDataCheck",
-                             "drawOrientationCheck",
-                             "drawTimeCheck",
-                             "bgTextCheck",
-                             "rotateCompassCheck",
-                             "txtPathEdit",
-                             "drawGeoCheck",
-                             "drawAltitudeCheck",
-                             "altitudePositionCombo",
-                             "compassStyleCombo",
-                             "fontSizeSpin",
-                             "logoSizeSpin",
-                             "compassSizeSpin",
-                             "subdirsCheck"})
-        QTest::newRow(once) << QByteArray(once) << 1;
-    QTest::newRow("the mode, twice") << QByteArray("txtRadio") << 2;
-    for (const char *never :
-         {"renameCheck", "prefixCheck", "prefixEdit", "outputFolderCheck", "outputFolderEdit", "backupCheck",
-          "embedCsvCheck", "overwriteAltitudeCheck", "sampleFromExifCheck"})
-        QTest::newRow(never) << QByteArray(never) << 0;
-}
-
-void MainWindowTest::previewTriggers()
-{
-    QFETCH(QByteArray, widget);
-    QFETCH(int, previews);
-    Window window;
-    window.type("directoryEdit", newFolder({text("a.jpg")}));
-    const PreviewCounter counter(window);
-    auto *changed = window.get(widget.constData());
-    if (auto *combo = qobject_cast<QComboBox *>(changed))
-        combo->setCurrentIndex((combo->currentIndex() + 1) % combo->count());
-    else if (auto *edit = qobject_cast<QLineEdit *>(changed))
-        edit->setText(text("otro"));
-    else if (auto *spin = qobject_cast<QDoubleSpinBox *>(changed))
-        spin->stepUp();
-    else
-        qobject_cast<QAbstractButton *>(changed)->toggle();
-    QCOMPARE(counter.made(), previews);
-}
-
-void MainWindowTest::folderMessages()
-{
-    Window window;
-    const auto *label = window.get<QLabel>("previewLabel");
-    QCOMPARE(label->text(), text("Seleccione una carpeta con imágenes para activar la vista previa."));
-    window.type("directoryEdit", m_dir->filePath(text("no existe")));
-    QCOMPARE(label->text(), text("El directorio seleccionado no es válido."));
-    writeText(m_dir->filePath(text("a.gif")), "GIF89a");
-    window.type("directoryEdit", newFolder());
-    QCOMPARE(label->text(), text("No se encontraron imágenes en el directorio seleccionado."));
-    writeText(m_dir->filePath(text("rota.jpg")), "no es una foto");
-    window.check("subdirsCheck", true);
-    QCOMPARE(label->text(), text("Error al generar la vista previa."));
-    QVERIFY(!window.enabled("nextButton"));
-
-    // Nothing of the current directory is taken for the empty field.
-    const QString before = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(newFolder({text("a.jpg")})));
-    window.type("directoryEdit", QString());
-    QCOMPARE(label->text(), text("No se encontraron imágenes en el directorio seleccionado."));
-    QVERIFY(QDir::setCurrent(before));
-}
-
-void MainWindowTest::navigation()
-{
-    const QList<QColor> colours{Qt::red, Qt::green, Qt::blue, Qt::yellow};
-    const QStringList names{text("FOTO.JPG"), text("b.tiff"), text("c.png"), text("a%1b[2] ñ.jpeg")};
-    for (int i = 0; i < names.size(); ++i)
-        writePhoto(m_dir->filePath(names.at(i)), plainImage({320, 240}, colours.at(i)));
-    const QStringList order = findPhotos(m_dir->path(), false, PhotoWalk::Preview);
-    QCOMPARE(order.size(), 4);
-
-    Window window;
-    const auto shows = [&](int index) {
-        const QImage shown = window.preview();
-        const QColor colour = shown.pixelColor(shown.rect().center());
-        const QColor expected = colours.at(names.indexOf(QFileInfo(order.at(index)).fileName()));
-        return qAbs(colour.red() - expected.red()) < 8 && qAbs(colour.green() - expected.green()) < 8 &&
-               qAbs(colour.blue() - expected.blue()) < 8;
+    writePhotos(1);
+    m_driver->type("directoryEdit", photos());
+    const auto change = [this](const QString &name) {
+        auto *widget = m_driver->find<QWidget>(qPrintable(name));
+        if (auto *combo = qobject_cast<QComboBox *>(widget))
+            combo->setCurrentIndex((combo->currentIndex() + 1) % combo->count());
+        else if (auto *edit = qobject_cast<QLineEdit *>(widget))
+            edit->setText(QStringLiteral("otro"));
+        else if (auto *spin = qobject_cast<QDoubleSpinBox *>(widget))
+            spin->stepUp();
+        else
+            qobject_cast<QAbstractButton *>(widget)->toggle();
     };
-    window.type("directoryEdit", m_dir->path());
-    QVERIFY(shows(0));
-    QVERIFY(!window.enabled("prevButton") && window.enabled("nextButton"));
-
-    // A look aside does not move the place from which the buttons step.
-    QVERIFY(QMetaObject::invokeMethod(&window, "showPreviewAtIndex", Q_ARG(int, 2)));
-    QVERIFY(shows(2));
-    QVERIFY(!window.enabled("prevButton"));
-    QVERIFY(QMetaObject::invokeMethod(&window, "showPreviewAtIndex", Q_ARG(int, 4)));
-    QVERIFY(shows(2));
-    window.click("nextButton");
-    QVERIFY(shows(1));
-    window.click("nextButton");
-    window.click("nextButton");
-    QVERIFY(shows(3));
-    QVERIFY(window.enabled("prevButton") && !window.enabled("nextButton"));
-    window.click("prevButton");
-    QVERIFY(shows(2));
+    const QMap<int, QString> widgets{
+        {1,
+         QStringLiteral(
+             "logoEdit fontEdit logoPositionCombo dtPositionCombo coordsPositionCombo "
+             "orientationPositionCombo "
+             "compassPositionCombo logoCheck compassCheck drawDataCheck drawOrientationCheck drawTimeCheck "
+             "bgTextCheck rotateCompassCheck txtPathEdit drawGeoCheck drawAltitudeCheck "
+             "altitudePositionCombo "
+             "compassStyleCombo fontSizeSpin logoSizeSpin compassSizeSpin subdirsCheck")},
+        {2, QStringLiteral("txtRadio")}, // by the mode, and by the photo that it draws
+        {0, QStringLiteral("renameCheck prefixCheck prefixEdit outputFolderCheck outputFolderEdit "
+                           "backupCheck embedCsvCheck "
+                           "overwriteAltitudeCheck sampleFromExifCheck")}};
+    for (auto row = widgets.begin(); row != widgets.end(); ++row) {
+        for (const QString &name : row.value().split(u' '))
+            QVERIFY2(previewsOf([&] { change(name); }) == row.key(), qPrintable(name));
+    }
 }
 
-void MainWindowTest::previewLeavesNoTrace()
+void MainWindowTest::previewsOncePerProfile()
 {
-    const QString photo = m_dir->filePath(text("a.jpg"));
-    writePhoto(photo, plainImage({320, 240}), gpsTags());
-    QVERIFY(QFile::setPermissions(photo, QFile::ReadOwner));
-    const QString output = m_dir->filePath(text("salida"));
-    QVERIFY(QDir().mkdir(output));
-    const QByteArray before = bytesOf(photo);
-
-    Window window;
-    window.check("prefixCheck", true);
-    window.check("outputFolderCheck", true);
-    window.type("outputFolderEdit", output);
-    window.type("directoryEdit", m_dir->path());
-    const QImage plain = plainImage(window.preview().size());
-    QVERIFY(window.preview().convertToFormat(plain.format()) != plain); // something is drawn
-    QCOMPARE(window.log(), QString());
-    QCOMPARE(bytesOf(photo), before);
-    QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             (QStringList{text("a.jpg"), text("salida")}));
-    QVERIFY(QDir(output).isEmpty());
+    writePhotos(1);
+    m_driver->type("directoryEdit", photos());
+    writeText(path(QStringLiteral("p.json")),
+              R"({"drawData": false, "addCompass": false, "renamePhotos": false,
+                                                  "usePrefix": true})");
+    const auto load = [this] {
+        QMetaObject::invokeMethod(m_driver->window.get(), "loadPresetFromCombo",
+                                  Q_ARG(QString, path(QStringLiteral("p.json"))));
+    };
+    QCOMPARE(previewsOf(load), 1);
+    // The rules fired all the same.
+    QVERIFY(!m_driver->isEnabled("bgTextCheck") && !m_driver->isEnabled("rotateCompassCheck"));
+    QVERIFY(!m_driver->isEnabled("prefixCheck") && !m_driver->isEnabled("prefixEdit"));
 }
 
-void MainWindowTest::previewIsUpright()
+void MainWindowTest::savesAndListsProfiles()
 {
-    writePhoto(m_dir->filePath(text("a.jpg")), plainImage({400, 200}), {{"Exif.Image.Orientation", "6"}});
-    Window window;
-    window.type("directoryEdit", m_dir->path());
-    QVERIFY(window.preview().height() > window.preview().width());
+    auto *combo = m_driver->find<QComboBox>("presetCombo");
+    m_driver->type("prefixEdit", QStringLiteral("uno"));
+    m_driver->chooseInNextDialog(path(QStringLiteral("estilo.final.json")));
+    m_driver->click("savePresetButton");
+    QCOMPARE(combo->count(), 1);
+    QCOMPARE(combo->currentText(), QStringLiteral("estilo"));
+    const QJsonObject saved =
+        QJsonDocument::fromJson(bytesOf(path(QStringLiteral("estilo.final.json")))).object();
+    QCOMPARE(saved.size(), 25);
+    QCOMPARE(saved.value(QLatin1String("prefix")).toString(), QStringLiteral("uno"));
+
+    // The same name in another folder takes the entry over; a second name joins it.
+    QDir(m_folder->path()).mkpath(QStringLiteral("otra"));
+    m_driver->type("prefixEdit", QStringLiteral("dos"));
+    m_driver->chooseInNextDialog(path(QStringLiteral("otra/estilo.json")));
+    m_driver->click("savePresetButton");
+    QCOMPARE(combo->count(), 1);
+    m_driver->type("prefixEdit", QStringLiteral("tres"));
+    m_driver->chooseInNextDialog(path(QStringLiteral("segundo.json")));
+    m_driver->click("savePresetButton");
+    QCOMPARE(combo->count(), 2);
+    combo->setCurrentIndex(1);
+    combo->setCurrentIndex(0);
+    QCOMPARE(m_driver->find<QLineEdit>("prefixEdit")->text(), QStringLiteral("dos"));
+
+    // Where nothing can be written, nothing is said, and the name is listed.
+    m_driver->chooseInNextDialog(QStringLiteral("/proc/velmaro.json"));
+    m_driver->click("savePresetButton");
+    QCOMPARE(combo->count(), 3);
+    QVERIFY(m_driver->messages.isEmpty());
 }
 
-void MainWindowTest::resizing()
+void MainWindowTest::loadsProfilesUnevenly()
 {
-    Window window;
-    window.resize(1100, 760);
-    window.type("directoryEdit", newFolder({text("a.jpg")}));
-    const QSize before = window.preview().size();
-    const PreviewCounter counter(window);
-    window.resize(1500, 1000);
-    QTRY_VERIFY(window.preview().width() > before.width());
-    QCOMPARE(counter.made(), 0);
-    QVERIFY(qAbs(window.preview().width() * 3 - window.preview().height() * 4) <= 4);
+    const auto load = [this](const QByteArray &profile) {
+        writeText(path(QStringLiteral("p.json")), profile);
+        m_driver->chooseInNextDialog(path(QStringLiteral("p.json")));
+        m_driver->click("loadPresetButton");
+    };
+    load(R"({"logoPath": "/l/logo.png", "fontPath": "/f/letra.ttf", "fontSizeRatio": 5, "compassStyle": 3,
+             "compassArrowColor": "#00ff00", "fontColor": "gold", "dtPosition": "arriba-izquierda", "drawGeo": true})");
+    QCOMPARE(m_driver->find<QLineEdit>("logoEdit")->text(), QStringLiteral("logo.png"));
+    QCOMPARE(m_driver->find<QDoubleSpinBox>("fontSizeSpin")->value(), 0.2);
+    QCOMPARE(m_driver->find<QLabel>("arrowColorSwatch")->styleSheet(),
+             QStringLiteral("background-color: #00ff00"));
+    QCOMPARE(m_driver->find<QLabel>("colorSwatch")->styleSheet(), QStringLiteral("background-color: gold"));
+    QCOMPARE(m_driver->find<QComboBox>("presetCombo")->count(), 0);
 
-    // The last good preview comes back in place of a message.
-    window.type("directoryEdit", text("/no/existe"));
-    QVERIFY(window.preview().isNull());
-    window.resize(1400, 1000);
-    QTRY_VERIFY(!window.preview().isNull());
+    load("{}");
+    QCOMPARE(m_driver->find<QLineEdit>("logoEdit")->text(), QString());
+    QCOMPARE(m_driver->find<QLineEdit>("fontEdit")->text(), QString());
+    QCOMPARE(m_driver->find<QComboBox>("compassStyleCombo")->currentText(), QStringLiteral("Estilo Puntos"));
+    QCOMPARE(m_driver->find<QLabel>("arrowColorSwatch")->styleSheet(),
+             QStringLiteral("background-color: #ff0000"));
+    QCOMPARE(m_driver->find<QLabel>("colorSwatch")->styleSheet(), QStringLiteral("background-color: gold"));
+    QCOMPARE(m_driver->find<QComboBox>("dtPositionCombo")->currentText(), QStringLiteral("arriba-izquierda"));
+    QVERIFY(m_driver->find<QCheckBox>("drawGeoCheck")->isChecked());
 
-    // A collapsed pane leaves it as it is.
-    const QSize last = window.preview().size();
-    window.get<QLabel>("previewLabel")->setFixedHeight(9);
-    window.resize(1300, 900);
-    QCoreApplication::processEvents();
-    QCOMPARE(window.preview().size(), last);
+    load("[1, 2");
+    QCOMPARE(m_driver->find<QDoubleSpinBox>("fontSizeSpin")->value(), 0.2);
+    QVERIFY(m_driver->find<QCheckBox>("logoCheck")->isChecked() &&
+            m_driver->find<QCheckBox>("backupCheck")->isChecked());
+}
+
+void MainWindowTest::choosesFilesAndFolders()
+{
+    writePhoto(path(QStringLiteral("logo.png")), plainImage({10, 10}));
+    writeText(path(QStringLiteral("tabla.csv")), "");
+    m_driver->click("txtRadio");
+    m_driver->check("outputFolderCheck", true);
+    const struct {
+        const char *button;
+        const char *edit;
+        QString choice;
+        QString shown;
+    } rows[] = {
+        {"selectDirButton", "directoryEdit", photos(), photos()},
+        {"selectLogoButton", "logoEdit", path(QStringLiteral("logo.png")), QStringLiteral("logo.png")},
+        {"selectFontButton", "fontEdit", path(QStringLiteral("tabla.csv")), QStringLiteral("tabla.csv")},
+        {"selectTxtButton", "txtPathEdit", path(QStringLiteral("tabla.csv")),
+         path(QStringLiteral("tabla.csv"))},
+        {"selectOutputButton", "outputFolderEdit", m_folder->path(), m_folder->path()},
+    };
+    for (const auto &row : rows) {
+        m_driver->chooseInNextDialog(row.choice);
+        m_driver->click(row.button);
+        QCOMPARE(m_driver->find<QLineEdit>(row.edit)->text(), row.shown);
+        m_driver->onNextDialog([](QWidget *dialog) { dialog->close(); });
+        m_driver->click(row.button);
+        QCOMPARE(m_driver->find<QLineEdit>(row.edit)->text(), row.shown);
+    }
 }
 
 QTEST_MAIN(MainWindowTest)

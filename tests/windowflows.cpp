@@ -1,357 +1,397 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/coordinatesfile.h"
 #include "data/elevationaccess.h"
+#include "data/settings.h"
+#include "elevationserver.h"
 #include "photofiles.h"
 #include "windowdriver.h"
 
+#include <QApplication>
+#include <QComboBox>
+#include <QDialogButtonBox>
 #include <QDir>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QProgressDialog>
+#include <QPushButton>
 #include <QSpinBox>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
+#include <QTest>
+#include <QThreadPool>
+#include <QTimer>
+
+#include <memory>
 
 namespace
 {
 
-// An elevation service on the loopback interface, which answers every request with the same body.
-class ElevationServer : public QTcpServer
-{
-public:
-    QByteArrayList requests; ///< the request lines
-
-    ElevationServer()
-    {
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            QTcpSocket *socket = nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { serve(socket); });
-            connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-        });
-        if (!listen(QHostAddress::LocalHost))
-            qFatal("no loopback server");
-    }
-
-private:
-    void serve(QTcpSocket *socket)
-    {
-        const QByteArray request = socket->peek(65536);
-        if (!request.contains("\r\n\r\n"))
-            return;
-        socket->readAll();
-        requests.append(request.left(request.indexOf('\r')));
-        const QByteArray body = R"({"status": "OK", "results": [{"elevation": 812.346}]})";
-        socket->write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
-                      QByteArray::number(body.size()) + "\r\n\r\n" + body);
-        socket->disconnectFromHost();
-    }
-};
-
-QString serverUrl;
-
-// The dialog of the job that runs, or null.
-QProgressDialog *dialogOf(const Window &window)
-{
-    return window.findChild<QProgressDialog *>(text("progressDialog"));
-}
+ElevationServer *server = nullptr;
 
 } // namespace
 
+// In place of the access that the program is built with.
 ElevationAccess elevationAccess()
 {
-    return {serverUrl, serverUrl, std::chrono::milliseconds(1)};
+    return {server->url(), server->url(), std::chrono::milliseconds(20)};
 }
 
+/// What runs from the window: the batch, the sample file, the altitude fill and the settings.
 class WindowFlowsTest : public QObject
 {
     Q_OBJECT
 
+public:
+    static void initMain() { WindowDriver::prepareProcess(); }
+
 private slots:
     void initTestCase();
     void init();
-    void refusals();
-    void wholeBatch();
-    void cancelOnlyHides();
-    void closedWindowWaitsForTheBatch();
-    void sampleFile_data();
-    void sampleFile();
-    void altitudeFill_data();
-    void altitudeFill();
-    void altitudeFillRefusals();
-    void settingsReachTheRun();
+    void refusesInOrder();
+    void runsABatchToItsEnd();
+    void hidesACancelledBatch();
+    void staysAliveDuringABatch();
+    void waitsForItsBatchWhenClosed();
+    void showsTheLogAsItIsWritten();
+    void writesASampleFile_data();
+    void writesASampleFile();
+    void refusesASampleFile();
+    void fillsAltitudes_data();
+    void fillsAltitudes();
+    void refusesAnAltitudeFill();
+    void keepsSettings();
 
 private:
-    void writePhotos(int count, QSize size = {320, 240});
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    QString photos() const { return path(QStringLiteral("fotos")); }
+    QString refusal();
+    void writePhotos(int count, QSize size);
+    void runBatch();
 
-    QTemporaryDir m_settings;
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WindowDriver> m_driver;
+    ElevationServer m_server;
 };
 
 void WindowFlowsTest::initTestCase()
 {
-    isolateWindow(m_settings.path());
+    server = &m_server;
 }
 
 void WindowFlowsTest::init()
 {
-    m_dir = std::make_unique<QTemporaryDir>();
-    QSettings(text("Velmaro"), text("Velmaro")).clear();
+    m_driver.reset();
+    m_folder = std::make_unique<QTemporaryDir>();
+    QDir().mkpath(photos());
+    m_server.setAnswers({});
+    m_driver = std::make_unique<WindowDriver>();
+}
+
+// What "Iniciar Proceso" says instead of starting.
+QString WindowFlowsTest::refusal()
+{
+    m_driver->messages.clear();
+    m_driver->acceptNextMessage();
+    m_driver->click("startButton");
+    return m_driver->messages.value(0);
 }
 
 void WindowFlowsTest::writePhotos(int count, QSize size)
 {
     for (int i = 0; i < count; ++i)
-        writePhoto(m_dir->filePath(QStringLiteral("foto%1.jpg").arg(i)), plainImage(size), gpsTags());
+        writePhoto(photos() + QStringLiteral("/%1.jpg").arg(i), plainImage(size));
 }
 
-void WindowFlowsTest::refusals()
+// Starts a batch and waits for its closing box.
+void WindowFlowsTest::runBatch()
 {
-    const QString absent = m_dir->filePath(text("nada"));
-    Window window;
-    window.type("directoryEdit", absent);
-    window.check("logoCheck", true);
-    window.check("txtRadio", true);
-    window.check("outputFolderCheck", true);
-    window.type("outputFolderEdit", absent);
-    const QString logo = m_dir->filePath(text("logo.png"));
-    QVERIFY(plainImage({8, 8}).save(logo));
-    const QString table = m_dir->filePath(text("t.csv"));
-    writeText(table, coordinatesHeader().toUtf8());
-
-    // Each refusal hides the next until its cause is gone.
-    DialogDriver driver;
-    window.click("startButton");
-    window.type("directoryEdit", m_dir->path());
-    window.click("startButton");
-    driver.chooseFile(logo);
-    window.click("selectLogoButton");
-    window.click("startButton");
-    window.type("txtPathEdit", m_dir->path()); // a folder is no coordinates file
-    window.click("startButton");
-    window.type("txtPathEdit", table);
-    window.click("startButton");
-    window.type("outputFolderEdit", QString());
-    window.click("startButton");
-    const QString file = text("Error: Seleccione un archivo txt válido (o cambie el modo a EXIF).");
-    const QString output = text("Error: Seleccione una carpeta de salida válida.");
-    QCOMPARE(driver.boxes,
-             (QStringList{text("Error: Seleccione un directorio de fotos válido."),
-                          text("Error: Seleccione un archivo de logo válido."), file, file, output, output}));
-    QCOMPARE(window.log(), QString());
-    QVERIFY(window.enabled("startButton") && !dialogOf(window));
+    m_driver->check("logoCheck", false);
+    m_driver->type("directoryEdit", photos());
+    m_driver->acceptNextMessage();
+    m_driver->click("startButton");
+    QVERIFY(!m_driver->isEnabled("startButton"));
+    QTRY_VERIFY_WITH_TIMEOUT(m_driver->isEnabled("startButton"), 60000);
+    QCOMPARE(m_driver->messages, QStringList(QStringLiteral("Completado: El proceso ha finalizado.")));
 }
 
-void WindowFlowsTest::wholeBatch()
+void WindowFlowsTest::refusesInOrder()
 {
-    writePhotos(3);
-    Window window;
-    window.type("directoryEdit", m_dir->path());
-    DialogDriver driver;
-    window.click("startButton");
-    QVERIFY(!window.enabled("startButton"));
-    QVERIFY(dialogOf(window)->isVisible());
-    QCOMPARE(dialogOf(window)->maximum(), 0);
-    // The options are those of the moment of the click.
-    window.check("renameCheck", false);
-
-    QTRY_VERIFY(window.enabled("startButton"));
-    QCOMPARE(driver.boxes, QStringList{text("Completado: El proceso ha finalizado.")});
-    const QStringList log = window.log().split(u'\n');
-    QCOMPARE(log.first(), text("Iniciando el proceso de renombrado y modificación de fotos..."));
-    QVERIFY(log.at(log.size() - 3).startsWith(text("Se procesaron 3 fotos en ")));
-    QCOMPARE(log.at(log.size() - 2), QString());
-    QCOMPARE(log.last(), text("Proceso finalizado."));
-    QTRY_VERIFY(!dialogOf(window));
-
-    const QDir dir(m_dir->path());
-    QCOMPARE(QDir(dir.filePath(text("Backup"))).entryList(QDir::Files).size(), 3);
-    const QStringList renamed = dir.entryList(QDir::Files);
-    QCOMPARE(renamed.size(), 3);
-    for (const QString &name : renamed)
-        QVERIFY2(!name.startsWith(text("foto")), qPrintable(name));
-    QVERIFY(window.enabled("nextButton")); // the list has been rebuilt from the new names
-    QVERIFY(!window.preview().isNull());
+    m_driver->click("txtRadio");
+    m_driver->check("outputFolderCheck", true);
+    m_driver->type("directoryEdit", path(QStringLiteral("nada")));
+    QCOMPARE(refusal(), QStringLiteral("Error: Seleccione un directorio de fotos válido."));
+    m_driver->type("directoryEdit", photos());
+    QCOMPARE(refusal(), QStringLiteral("Error: Seleccione un archivo de logo válido."));
+    m_driver->check("logoCheck", false);
+    const QString noTable =
+        QStringLiteral("Error: Seleccione un archivo txt válido (o cambie el modo a EXIF).");
+    QCOMPARE(refusal(), noTable);
+    m_driver->type("txtPathEdit", photos()); // a folder is no file
+    QCOMPARE(refusal(), noTable);
+    writeText(path(QStringLiteral("tabla.csv")), "");
+    m_driver->type("txtPathEdit", path(QStringLiteral("tabla.csv")));
+    const QString noOutput = QStringLiteral("Error: Seleccione una carpeta de salida válida.");
+    QCOMPARE(refusal(), noOutput);
+    m_driver->type("outputFolderEdit", path(QStringLiteral("nada")));
+    QCOMPARE(refusal(), noOutput);
+    QCOMPARE(m_driver->log(), QString());
+    QVERIFY(m_driver->isEnabled("startButton"));
 }
 
-void WindowFlowsTest::cancelOnlyHides()
+void WindowFlowsTest::runsABatchToItsEnd()
 {
-    writePhotos(8, {1600, 1200});
-    Window window;
-    window.type("directoryEdit", m_dir->path());
-    DialogDriver driver;
+    writePhotos(3, {200, 150});
+    m_driver->check("prefixCheck", true);
+    m_driver->type("prefixEdit", QStringLiteral("P_"));
+    runBatch();
+
+    const QStringList log = m_driver->log().split(u'\n');
+    QCOMPARE(log.constFirst(),
+             QStringLiteral("Iniciando el proceso de renombrado y modificación de fotos..."));
+    QCOMPARE(log.filter(QStringLiteral("Procesando: ")).size(), 3);
+    QCOMPARE(log.mid(log.size() - 3), QStringList({QStringLiteral("Se procesaron 3 fotos en 0s."), QString(),
+                                                   QStringLiteral("Proceso finalizado.")}));
+    const QDir folder(photos());
+    QVERIFY(folder.exists(QStringLiteral("P_19J 500000 6000000 (2).jpg")));
+    QCOMPARE(QDir(photos() + QStringLiteral("/Backup")).entryList(QDir::Files).size(), 3);
+    // The list holds the new names, so the preview finds its photo.
+    QVERIFY(!m_driver->find<QLabel>("previewLabel")->pixmap().isNull());
+    QVERIFY(m_driver->isEnabled("nextButton"));
+    QVERIFY(!m_driver->window->findChild<QProgressDialog *>(QString(), Qt::FindDirectChildrenOnly) ||
+            !m_driver->window->findChild<QProgressDialog *>()->isVisible());
+}
+
+void WindowFlowsTest::hidesACancelledBatch()
+{
+    writePhotos(12, {3000, 2000});
     bool cancelled = false;
     bool shownAgain = false;
-    QTimer watch;
-    connect(&watch, &QTimer::timeout, this, [&] {
-        QProgressDialog *dialog = dialogOf(window);
-        if (!dialog)
-            return;
-        shownAgain |= cancelled && dialog->isVisible();
-        if (!cancelled) {
-            dialog->setMinimumDuration(0); // so that it would come up again at once
-            dialog->findChild<QPushButton *>()->click();
-            cancelled = true;
-            QVERIFY(!dialog->isVisible() && !window.enabled("startButton"));
-        }
+    m_driver->onNextDialog([&](QWidget *dialog) {
+        auto *progress = qobject_cast<QProgressDialog *>(dialog);
+        QVERIFY(progress);
+        QCOMPARE(progress->labelText(), QStringLiteral("Procesando fotos..."));
+        auto *cancel = progress->findChild<QPushButton *>();
+        QCOMPARE(cancel->text(), QStringLiteral("Cancelar"));
+        cancel->click();
+        cancelled = true;
+        QVERIFY(!progress->isVisible());
+        auto *watch = new QTimer(m_driver->window.get());
+        connect(watch, &QTimer::timeout, progress,
+                [progress, &shownAgain] { shownAgain |= progress->isVisible(); });
+        watch->start(1);
     });
-    watch.start(1);
-    window.click("startButton");
-    QTRY_VERIFY_WITH_TIMEOUT(window.enabled("startButton"), 60000);
-    QVERIFY(cancelled && !shownAgain);
-    QCOMPARE(driver.boxes, QStringList{text("Completado: El proceso ha finalizado.")});
-    QVERIFY(window.log().contains(text("Se procesaron 8 fotos en ")));
+    m_driver->check("backupCheck", false);
+    runBatch();
+    QVERIFY(cancelled);
+    QVERIFY(!shownAgain);
+    QCOMPARE(m_driver->log().count(QStringLiteral("Metadatos escritos para ")), 12);
 }
 
-void WindowFlowsTest::closedWindowWaitsForTheBatch()
+// Qt's painting takes threads from the global pool, which a batch must not keep.
+void WindowFlowsTest::staysAliveDuringABatch()
 {
-    writePhotos(4, {1600, 1200});
-    {
-        Window window;
-        window.type("directoryEdit", m_dir->path());
-        window.click("startButton");
-    }
-    QCOMPARE(QDir(m_dir->filePath(text("Backup"))).entryList(QDir::Files).size(), 4);
-    QVERIFY(QDir(m_dir->path()).entryList({text("foto*")}, QDir::Files).isEmpty());
+    writePhotos(10, {3000, 2000});
+    const int threads = QThreadPool::globalInstance()->maxThreadCount();
+    QThreadPool::globalInstance()->setMaxThreadCount(1);
+    int beats = 0;
+    bool poolFree = false;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, m_driver->window.get(), [&] {
+        ++beats;
+        if (m_driver->isEnabled("startButton") || poolFree)
+            return;
+        QThreadPool::globalInstance()->start([&poolFree] { poolFree = true; });
+        poolFree = QThreadPool::globalInstance()->waitForDone(0) || poolFree;
+    });
+    timer.start(10);
+    runBatch();
+    QThreadPool::globalInstance()->setMaxThreadCount(threads);
+    QVERIFY2(beats >= 5, qPrintable(QString::number(beats)));
+    QVERIFY(poolFree);
 }
 
-void WindowFlowsTest::sampleFile_data()
+void WindowFlowsTest::waitsForItsBatchWhenClosed()
+{
+    writePhotos(6, {1600, 1200});
+    m_driver->check("logoCheck", false);
+    m_driver->type("directoryEdit", photos());
+    m_driver->click("startButton");
+    m_driver.reset();
+    QCOMPARE(QDir(photos()).entryList({QStringLiteral("19J*")}, QDir::Files).size(), 6);
+    for (const QString &name : QDir(photos()).entryList(QDir::Files))
+        QVERIFY(QImage(photos() + u'/' + name).pixelColor(1500, 1100) !=
+                QImage(photos() + u'/' + name).pixelColor(9, 9));
+}
+
+void WindowFlowsTest::showsTheLogAsItIsWritten()
+{
+    writePhoto(photos() + QStringLiteral("/<b>ladera & río.jpg"), plainImage({100, 100}));
+    runBatch();
+    QVERIFY2(m_driver->log().contains(QStringLiteral("\nProcesando: <b>ladera & río.jpg\n")),
+             qPrintable(m_driver->log()));
+}
+
+void WindowFlowsTest::writesASampleFile_data()
 {
     QTest::addColumn<bool>("fromExif");
     QTest::newRow("from EXIF") << true;
     QTest::newRow("placeholders") << false;
 }
 
-void WindowFlowsTest::sampleFile()
+void WindowFlowsTest::writesASampleFile()
 {
     QFETCH(bool, fromExif);
-    writePhotos(1);
-    writePhoto(m_dir->filePath(text("sin.jpg")), plainImage({32, 24}));
-    QVERIFY(QDir(m_dir->path()).mkdir(text("sub")));
-    writePhoto(m_dir->filePath(text("sub/dentro.jpg")), plainImage({32, 24}));
-    const QString path = m_dir->filePath(text("ejemplo"));
+    writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({20, 20}), gpsTags());
+    writePhoto(photos() + QStringLiteral("/b.PNG"), plainImage({20, 20}));
+    const QString file = path(QStringLiteral("muestra.csv"));
+    m_driver->click("txtRadio");
+    m_driver->type("directoryEdit", photos());
+    m_driver->check("sampleFromExifCheck", fromExif);
+    m_driver->chooseInNextDialog(file);
+    m_driver->click("createSampleButton");
 
-    Window window;
-    DialogDriver driver;
-    window.click("createSampleButton");
-    QCOMPARE(driver.boxes, QStringList{text("Error: Seleccione un directorio de fotos válido antes de crear "
-                                            "el archivo de ejemplo.")});
-    window.type("directoryEdit", m_dir->path());
-    window.check("sampleFromExifCheck", fromExif);
-    driver.chooseFile(path);
-    window.click("createSampleButton");
-    QCOMPARE(window.get<QLineEdit>("txtPathEdit")->text(), path);
-    const QString withoutGps = text("Datos GPS no encontrados en EXIF para sin.jpg. Usando coordenadas y "
-                                    "orientación fijas\n");
-    QCOMPARE(window.log(),
-             (fromExif ? withoutGps : QString()) + text("Archivo de ejemplo creado en: ") + path);
-
+    QCOMPARE(m_driver->find<QLineEdit>("txtPathEdit")->text(), file);
+    const QString missing =
+        QStringLiteral("Datos GPS no encontrados en EXIF para b.PNG. Usando coordenadas y orientación fijas");
+    QCOMPARE(m_driver->log(), (fromExif ? missing + u'\n' : QString()) +
+                                  QStringLiteral("Archivo de ejemplo creado en: ") + file);
+    QCOMPARE(bytesOf(file).split('\n').constFirst(), coordinatesHeader().toUtf8());
     QStringList complaints;
     const CoordinatesTable table =
-        readCoordinatesFile(path, [&complaints](const QString &line) { complaints.append(line); });
-    QCOMPARE(table.keys(), (QStringList{text("foto0.jpg"), text("sin.jpg")}));
-    const UtmEntry photo = table.value(text("foto0.jpg"));
-    const UtmPosition expected =
-        fromExif ? latLonToUtm(-33.45, -70.0 - 40.0 / 60) : UtmPosition{19, 'J', 5e5, 6e6};
-    QCOMPARE(photo.zone, expected.zone);
-    QCOMPARE(photo.zoneLetter, expected.zoneLetter);
-    QCOMPARE(photo.easting, std::floor(expected.easting));
-    QCOMPARE(photo.northing, std::floor(expected.northing));
-    QCOMPARE(photo.hasOrientation && photo.orientation == 90, fromExif);
-    QCOMPARE(photo.dateTime.date() == QDate(2024, 3, 5), fromExif);
-    QVERIFY(!table.value(text("sin.jpg")).hasAltitude);
-    QVERIFY(qAbs(table.value(text("sin.jpg")).dateTime.secsTo(QDateTime::currentDateTime())) < 60);
+        readCoordinatesFile(file, [&complaints](const QString &line) { complaints.append(line); });
+    QCOMPARE(complaints, QStringList());
+    QCOMPARE(table.size(), 2);
+    const UtmEntry a = table[QStringLiteral("a.jpg")];
+    QCOMPARE(a.zoneLetter, fromExif ? 'G' : 'J');
+    QCOMPARE(a.easting, fromExif ? 345093.0 : 500000.0);
+    QCOMPARE(a.hasOrientation, fromExif);
+    QCOMPARE(a.orientation, fromExif ? 90.0 : 0.0);
+    QCOMPARE(a.altitude, fromExif ? 520.3 : 0.0);
+    const QDateTime taken(QDate(2024, 3, 5), QTime(14, 7, 9));
+    QCOMPARE(a.dateTime == taken, fromExif);
+    const UtmEntry b = table[QStringLiteral("b.PNG")];
+    QVERIFY(b.zone == 19 && b.zoneLetter == 'J' && !b.hasOrientation && !b.hasAltitude);
+    QVERIFY(qAbs(b.dateTime.secsTo(QDateTime::currentDateTime())) < 60);
 }
 
-void WindowFlowsTest::altitudeFill_data()
+void WindowFlowsTest::refusesASampleFile()
+{
+    m_driver->click("txtRadio");
+    for (const QString &folder : {QString(), path(QStringLiteral("nada"))}) {
+        m_driver->type("directoryEdit", folder);
+        m_driver->acceptNextMessage();
+        m_driver->click("createSampleButton");
+    }
+    const QString message = QStringLiteral(
+        "Error: Seleccione un directorio de fotos válido antes de crear el archivo de ejemplo.");
+    QCOMPARE(m_driver->messages, QStringList({message, message}));
+
+    m_driver->type("directoryEdit", photos());
+    m_driver->chooseInNextDialog(QStringLiteral("/proc/muestra.csv"));
+    m_driver->click("createSampleButton");
+    QCOMPARE(m_driver->log(),
+             QStringLiteral("Error al crear el archivo de ejemplo: no se pudo abrir el archivo."));
+    QCOMPARE(m_driver->find<QLineEdit>("txtPathEdit")->text(), QStringLiteral("/proc/muestra.csv"));
+}
+
+void WindowFlowsTest::fillsAltitudes_data()
 {
     QTest::addColumn<bool>("overwrite");
-    QTest::newRow("overwriting") << true;
-    QTest::newRow("only the missing ones") << false;
+    QTest::addColumn<QByteArray>("first");
+    QTest::newRow("overwrite") << true << QByteArray("100.00");
+    QTest::newRow("keep") << false << QByteArray("7");
 }
 
-void WindowFlowsTest::altitudeFill()
+void WindowFlowsTest::fillsAltitudes()
 {
     QFETCH(bool, overwrite);
-    ElevationServer server;
-    serverUrl = QStringLiteral("http://127.0.0.1:%1").arg(server.serverPort());
-    const QString path = m_dir->filePath(text("t.csv"));
-    const QByteArray start = coordinatesHeader().toUtf8() + "\nfoto0.jpg;19;H;345678;6298766;90;;0\n";
-    writeText(path, start + "b.jpg;19;H;345678;6298766;;;\n");
-    writePhotos(1);
+    QFETCH(QByteArray, first);
+    const QByteArray header = coordinatesHeader().toUtf8() + '\n';
+    const QString file = path(QStringLiteral("tabla.csv"));
+    writeText(file, header + "a.jpg;19;H;300000;6000000;;;7\nb.jpg;19;H;300000;6000000;;;\n");
+    m_driver->click("txtRadio");
+    m_driver->type("txtPathEdit", file);
+    m_driver->check("overwriteAltitudeCheck", overwrite);
+    m_driver->acceptNextMessage();
+    m_driver->click("populateAltitudeButton");
+    QVERIFY(!m_driver->isEnabled("populateAltitudeButton"));
+    QTRY_VERIFY_WITH_TIMEOUT(m_driver->isEnabled("populateAltitudeButton"), 10000);
 
-    Window window;
-    window.type("directoryEdit", m_dir->path());
-    window.check("txtRadio", true);
-    window.type("txtPathEdit", path);
-    window.check("overwriteAltitudeCheck", overwrite);
-    const QImage before = window.preview();
-    DialogDriver driver;
-    window.click("populateAltitudeButton");
-    QVERIFY(!window.enabled("populateAltitudeButton"));
-    QTRY_VERIFY_WITH_TIMEOUT(window.enabled("populateAltitudeButton"), 10000);
-    QCOMPARE(driver.boxes, QStringList{text("Completado: El proceso de relleno de altitud ha finalizado.\n"
-                                            "El archivo CSV ha sido actualizado.")});
-    QCOMPARE(server.requests.size(), overwrite ? 2 : 1);
-    QVERIFY(server.requests.first().startsWith("GET /v1/srtm30m?locations=-33."));
-    const CoordinatesTable table = readCoordinatesFile(path, [](const QString &) {});
-    QCOMPARE(table.value(text("b.jpg")).altitude, 812.35);
-    QCOMPARE(table.value(text("foto0.jpg")).altitude, overwrite ? 812.35 : 0.0);
-    QVERIFY(window.log().startsWith(text("Iniciando relleno de altitud desde API para el archivo: ") + path));
-    QVERIFY(window.log().endsWith(text("\n\nRelleno de altitud finalizado.")));
-    QCOMPARE(window.preview() != before, overwrite); // the preview draws the new altitude
+    QCOMPARE(bytesOf(file),
+             header + "a.jpg;19;H;300000;6000000;;;" + first + "\nb.jpg;19;H;300000;6000000;;;100.00\n");
+    QCOMPARE(m_driver->messages,
+             QStringList(QStringLiteral("Completado: El proceso de relleno de altitud ha finalizado.\n"
+                                        "El archivo CSV ha sido actualizado.")));
+    const QString log = m_driver->log();
+    QVERIFY(log.startsWith(QStringLiteral("Iniciando relleno de altitud desde API para el archivo: ") + file +
+                           u'\n'));
+    QVERIFY(log.endsWith(QLatin1String(" de 2 registros.\n\nRelleno de altitud finalizado.")));
+    QCOMPARE(m_server.requests().size(), overwrite ? 2 : 1);
+    QVERIFY(m_server.requests().constFirst().startsWith(QLatin1String("/v1/srtm30m?locations=")));
 }
 
-void WindowFlowsTest::altitudeFillRefusals()
+void WindowFlowsTest::refusesAnAltitudeFill()
 {
-    Window window;
-    DialogDriver driver;
-    window.type("txtPathEdit", m_dir->path());
-    window.click("populateAltitudeButton");
-    const QString path = m_dir->filePath(text("t.csv"));
-    writeText(path, coordinatesHeader().toUtf8());
-    window.type("txtPathEdit", path);
-    driver.answers.append([](QWidget *dialog) {
-        dialog->findChild<QComboBox *>(text("providerCombo"))->setCurrentIndex(1);
-        QMetaObject::invokeMethod(dialog, "accept");
-    });
-    QVERIFY(QMetaObject::invokeMethod(&window, "openSettingsDialog"));
-    window.click("populateAltitudeButton");
-    QCOMPARE(
-        driver.boxes,
-        (QStringList{text("Error: Por favor, seleccione un archivo CSV válido."),
-                     text("Error: No se ha configurado una clave de API para Google Elevation. Por favor, "
-                          "añádala en Herramientas -> Configuración.")}));
-    QCOMPARE(window.log(), text("Configuración de salida y altitud actualizada."));
-}
-
-void WindowFlowsTest::settingsReachTheRun()
-{
-    QImage noise(400, 300, QImage::Format_RGB32);
-    for (int y = 0; y < noise.height(); ++y) {
-        for (int x = 0; x < noise.width(); ++x)
-            noise.setPixelColor(x, y, QColor((x * 37 + y * 91) % 256, (x * y) % 256, (x * 13) % 256));
+    m_driver->click("txtRadio");
+    for (const QString &file : {QString(), path(QStringLiteral("nada.csv"))}) {
+        m_driver->type("txtPathEdit", file);
+        m_driver->acceptNextMessage();
+        m_driver->click("populateAltitudeButton");
     }
-    const QString photo = m_dir->filePath(text("a.jpg"));
-    const auto sizeAfterRunWith = [&](int quality, QDialog::DialogCode answer) {
-        writePhoto(photo, noise, gpsTags());
-        Window window;
-        window.check("renameCheck", false);
-        window.type("directoryEdit", m_dir->path());
-        DialogDriver driver;
-        driver.answers.append([quality, answer](QWidget *dialog) {
-            dialog->findChild<QSpinBox *>(text("jpegQualitySpin"))->setValue(quality);
-            qobject_cast<QDialog *>(dialog)->done(answer);
+    const QString noFile = QStringLiteral("Error: Por favor, seleccione un archivo CSV válido.");
+    QCOMPARE(m_driver->messages, QStringList({noFile, noFile}));
+
+    Settings{ElevationProvider::Google, {}, 90}.save();
+    m_driver = std::make_unique<WindowDriver>();
+    writeText(path(QStringLiteral("tabla.csv")), "a;b\n");
+    m_driver->click("txtRadio");
+    m_driver->type("txtPathEdit", path(QStringLiteral("tabla.csv")));
+    m_driver->acceptNextMessage();
+    m_driver->click("populateAltitudeButton");
+    Settings().save();
+    QCOMPARE(m_driver->messages,
+             QStringList(QStringLiteral(
+                 "Error: No se ha configurado una clave de API para Google Elevation. Por favor, "
+                 "añádala en Herramientas -> Configuración.")));
+    QCOMPARE(m_server.requests(), QStringList());
+}
+
+void WindowFlowsTest::keepsSettings()
+{
+    const auto openDialog = [this](QDialogButtonBox::StandardButton end) {
+        m_driver->onNextDialog([end](QWidget *dialog) {
+            auto *key = dialog->findChild<QLineEdit *>(QStringLiteral("apiKeyEdit"));
+            auto *provider = dialog->findChild<QComboBox *>(QStringLiteral("providerCombo"));
+            QVERIFY(!key->isVisible());
+            provider->setCurrentText(ElevationProvider::Google);
+            QVERIFY(key->isVisible());
+            key->setText(QStringLiteral(" clave "));
+            dialog->findChild<QSpinBox *>(QStringLiteral("jpegQualitySpin"))->setValue(40);
+            dialog->findChild<QDialogButtonBox *>()->button(end)->click();
         });
-        QMetaObject::invokeMethod(&window, "openSettingsDialog");
-        window.click("startButton");
-        [&] {
-            QTRY_VERIFY(window.enabled("startButton"));
-        }();
-        return QFileInfo(photo).size();
+        QMetaObject::invokeMethod(m_driver->window.get(), "openSettingsDialog");
     };
-    const qint64 usual = sizeAfterRunWith(1, QDialog::Rejected);
-    const qint64 coarse = sizeAfterRunWith(10, QDialog::Accepted);
-    QVERIFY2(coarse < usual / 2, qPrintable(QStringLiteral("%1 %2").arg(coarse).arg(usual)));
-    QCOMPARE(QSettings(text("Velmaro"), text("Velmaro")).value(text("output/jpegQuality")).toInt(), 10);
+    openDialog(QDialogButtonBox::Cancel);
+    QCOMPARE(Settings::load().jpegQuality, 90);
+    QCOMPARE(m_driver->log(), QString());
+
+    openDialog(QDialogButtonBox::Ok);
+    QCOMPARE(m_driver->log(), QStringLiteral("Configuración de salida y altitud actualizada."));
+    const Settings stored = Settings::load();
+    QCOMPARE(stored.altitudeProvider, ElevationProvider::Google);
+    QCOMPARE(stored.googleApiKey, QStringLiteral(" clave "));
+    QCOMPARE(stored.jpegQuality, 40);
+
+    // The next batch saves with the new quality: coarse tables, whose first entry is above 12.
+    writePhotos(1, {64, 64});
+    runBatch();
+    const QByteArray photo = bytesOf(photos() + QStringLiteral("/19J 500000 6000000.jpg"));
+    Settings().save();
+    const qsizetype table = photo.indexOf("\xff\xdb");
+    QVERIFY(table > 0);
+    QCOMPARE(static_cast<int>(photo[table + 5]), 20); // 16 × 100 / 80
 }
 
 QTEST_MAIN(WindowFlowsTest)

@@ -159,7 +159,6 @@ void PhotoRenamerGUI::buildProfileMenu(QMenu *menu)
 {
     presetCombo = comboBox(menu, "presetCombo", {});
     presetCombo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    presetCombo->setPlaceholderText(QStringLiteral("Perfiles guardados"));
     presetCombo->setMinimumContentsLength(20);
     presetCombo->setToolTip(QStringLiteral("Perfiles guardados desde que se abrió el programa."));
     loadPresetButton = button(menu, "loadPresetButton", QStringLiteral("Cargar"));

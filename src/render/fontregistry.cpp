@@ -52,5 +52,9 @@ QFont overlayFont(const QString &family)
     } else {
         font = QFont(QStringList{family});
     }
+    // What a desktop asks for its own screen, coloured edges for instance, has no place in a photo; and the
+    // window and the command line have to paint the same.
+    font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferDefault | QFont::NoSubpixelAntialias));
+    font.setHintingPreference(QFont::PreferVerticalHinting);
     return font;
 }

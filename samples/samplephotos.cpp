@@ -76,9 +76,13 @@ QImage groundTexture(QRandomGenerator &random)
     for (int spot = 0; spot < 9000; ++spot) {
         const double width = std::pow(random.generateDouble(), 4.0) * 70.0 + 1.5;
         const QPointF centre(between(random, 0, textureSide), between(random, 0, textureSide));
-        const int strength = width > 20.0 ? 12 : 38;
-        painter.setBrush(random.bounded(2) ? QColor(0, 0, 0, strength) : QColor(255, 250, 225, strength));
-        painter.drawEllipse(centre, width, width * 0.45);
+        const int strength = width > 20.0 ? 6 : 22;
+        painter.setBrush(random.bounded(5) < 3 ? QColor(0, 0, 0, strength) : QColor(255, 250, 225, strength));
+        // once more beyond each edge that it crosses, so that the tiles meet without a seam
+        for (const int right : {-textureSide, 0, textureSide}) {
+            for (const int down : {-textureSide, 0, textureSide})
+                painter.drawEllipse(centre + QPointF(right, down), width, width * 0.45);
+        }
     }
     return tile;
 }
@@ -136,8 +140,8 @@ void paintHills(QPainter &painter, QSizeF size, const Light &light, double nearn
                 QRandomGenerator &random)
 {
     const QList<double> heights = ridge(random, 0.45 + 0.1 * (1.0 - nearness));
-    const double level = size.height() * (0.48 + 0.42 * nearness);
-    const double relief = size.height() * (0.16 - 0.08 * nearness);
+    const double level = size.height() * (0.46 + 0.46 * nearness);
+    const double relief = size.height() * (0.2 - 0.1 * nearness);
     const double step = size.width() / static_cast<double>(heights.size() - 1);
     const auto surface = [&](qsizetype at) {
         return QPointF(static_cast<double>(at) * step, level - heights[at] * relief);

@@ -9,7 +9,7 @@
 #include <QMap>
 #include <QString>
 
-// Photo files made by a test.
+// Small photo files with any tags, and runs over them, for tests and samples.
 
 /// Tag values by key ("Exif.Image.Orientation", "Iptc...", "Xmp..."), in the text form of the EXIF library.
 using Tags = QMap<QByteArray, QByteArray>;
