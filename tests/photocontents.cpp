@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "photofiles.h"
+#include "batchfixture.h"
 #include "processing/exifreader.h"
 #include "processing/jpegheader.h"
 
 #include <QColorSpace>
 #include <QDir>
 #include <QImageReader>
-#include <QTemporaryDir>
 #include <QTest>
-
-#include <memory>
 
 namespace
 {
@@ -38,12 +35,12 @@ void padExifSegment(const QString &path)
 } // namespace
 
 /// What stands in a saved photo: its pixels, their description, and the metadata.
-class PhotoContentsTest : public QObject
+class PhotoContentsTest : public BatchFixture
 {
     Q_OBJECT
 
 private slots:
-    void init();
+    void init() { startOver(); }
     void keepsMetadata_data();
     void keepsMetadata();
     void writesFreshTagsOnUprightPixels();
@@ -58,43 +55,7 @@ private slots:
     void leavesTiffLayoutBehind();
     void staysAliveOnBadFiles();
     void savesWhatAnUnfinishedPhotoHas();
-
-private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
-    void writeTable(const QByteArray &rows);
-    void run(int threads = 1);
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    ProcessOptions m_options;
-    QStringList m_log;
-    QString m_root;
-    PhotoProcessor::Summary m_summary;
 };
-
-void PhotoContentsTest::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_root = path(QStringLiteral("fotos"));
-    QDir().mkpath(m_root);
-    m_options = ProcessOptions();
-    m_options.useExif = true;
-    m_options.renamePhotos = true;
-    m_options.jpegQuality = 95;
-}
-
-void PhotoContentsTest::writeTable(const QByteArray &rows)
-{
-    m_options.useExif = false;
-    m_options.txtPath = path(QStringLiteral("tabla.csv"));
-    writeText(m_options.txtPath, rows);
-}
-
-void PhotoContentsTest::run(int threads)
-{
-    const BatchReport report = runBatch(m_root, m_options, threads);
-    m_log = report.log;
-    m_summary = report.summary;
-}
 
 void PhotoContentsTest::keepsMetadata_data()
 {

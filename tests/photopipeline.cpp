@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "photofiles.h"
+#include "batchfixture.h"
 
 #include <QDir>
 #include <QDirIterator>
-#include <QTemporaryDir>
 #include <QTest>
-
-#include <memory>
 
 namespace
 {
@@ -17,12 +14,12 @@ const QString chileName = QStringLiteral("19G 345093 6297582"); // 33° 27' S, 7
 } // namespace
 
 /// What a run makes of the photos of a folder.
-class PhotoPipelineTest : public QObject
+class PhotoPipelineTest : public BatchFixture
 {
     Q_OBJECT
 
 private slots:
-    void init();
+    void init() { startOver(); }
     void tellsEveryStepInPlace();
     void tellsEveryStepIntoOutputFolder();
     void takesRowsOfTheTable();
@@ -34,42 +31,8 @@ private slots:
     void losesNoPhotoToANameRace();
 
 private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
-    void writeTable(const QByteArray &rows);
-    void run(int threads = 1);
     QStringList files(const QString &folder = {}) const;
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    ProcessOptions m_options;
-    QStringList m_log;
-    QString m_root;
-    PhotoProcessor::Summary m_summary;
 };
-
-void PhotoPipelineTest::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_root = path(QStringLiteral("fotos"));
-    QDir().mkpath(m_root);
-    m_options = ProcessOptions();
-    m_options.useExif = true;
-    m_options.renamePhotos = true;
-    m_options.jpegQuality = 95;
-}
-
-void PhotoPipelineTest::writeTable(const QByteArray &rows)
-{
-    m_options.useExif = false;
-    m_options.txtPath = path(QStringLiteral("tabla.csv"));
-    writeText(m_options.txtPath, rows);
-}
-
-void PhotoPipelineTest::run(int threads)
-{
-    const BatchReport report = runBatch(m_root, m_options, threads);
-    m_log = report.log;
-    m_summary = report.summary;
-}
 
 // The paths below a folder, relative to it, sorted.
 QStringList PhotoPipelineTest::files(const QString &folder) const

@@ -8,12 +8,16 @@
 #include <QProgressDialog>
 #include <QTextEdit>
 #include <QThreadPool>
+#include <QTimer>
 #include <QtConcurrentRun>
 
 #include <utility>
 
 namespace
 {
+
+// The log of a large batch comes at its end; laying out more lines than these in one go would be felt.
+constexpr qsizetype linesAtOnce = 500;
 
 // Gives the thread of a job that only waits back to the global pool, which Qt's own painting and scaling on
 // the GUI thread need: on a machine with one core the pool has no other.
@@ -89,19 +93,31 @@ void BackgroundJob::queueDelivery()
         this, [this] { deliver(); }, Qt::QueuedConnection);
 }
 
-void BackgroundJob::deliver()
+bool BackgroundJob::deliver()
 {
     QStringList lines;
     std::optional<Progress> progress;
+    bool complete = false;
     {
         const QMutexLocker locker(&m_mutex);
-        lines = std::exchange(m_lines, {});
+        complete = m_lines.size() <= linesAtOnce;
+        lines = complete ? std::exchange(m_lines, {}) : m_lines.first(linesAtOnce);
+        if (!complete)
+            m_lines.remove(0, linesAtOnce);
         progress = m_progress;
-        m_deliveryQueued = false;
+        m_deliveryQueued = !complete;
     }
     appendPlainLines(m_logView, lines);
     if (progress)
         showProgress(*progress);
+    return complete;
+}
+
+void BackgroundJob::deliverInTurns()
+{
+    // A timer, unlike a posted event, lets the window's other events have their turn.
+    if (!deliver())
+        QTimer::singleShot(0, this, &BackgroundJob::deliverInTurns);
 }
 
 // The bar is moved directly: QProgressDialog::setValue() handles events inside (so that a flood of updates
@@ -117,7 +133,10 @@ void BackgroundJob::showProgress(const Progress &progress)
 
 void BackgroundJob::conclude()
 {
-    deliver();
+    if (!deliver()) {
+        QTimer::singleShot(0, this, &BackgroundJob::conclude);
+        return;
+    }
     if (m_dialog) {
         m_dialog->close();
         m_dialog->deleteLater();

@@ -19,7 +19,7 @@ class QTextEdit;
 ///
 /// The window owns the job; the job deletes itself after its end. Whatever the job reports waits in a list
 /// until the window's event loop comes to it: however much is reported, at most one delivery waits there, and
-/// it takes everything along. The dialog's "Cancelar" hides it for good; the job runs to its end.
+/// it takes along what has gathered. The dialog's "Cancelar" hides it for good; the job runs to its end.
 ///
 /// Lives in the GUI thread. Destroying it waits for the end of the job.
 class BackgroundJob : public QFutureWatcher<void>
@@ -48,7 +48,8 @@ private:
     void log(const QString &line);
     void progress(int done, int total);
     void queueDelivery();
-    void deliver();
+    bool deliver(); ///< whether nothing is left
+    void deliverInTurns();
     void showProgress(const Progress &progress);
     void conclude();
 

@@ -97,7 +97,7 @@ QLabel *swatch(QWidget *parent, const char *name)
 {
     QLabel *label = named(new QLabel(parent), name);
     label->setFixedWidth(50);
-    label->setFrameShape(QFrame::Box); // so that white is seen as a field, too
+    label->setFrameShape(QFrame::StyledPanel); // so that white is seen as a field, too
     return label;
 }
 

@@ -5,6 +5,7 @@
 
 #include <QGuiApplication>
 #include <QLibraryInfo>
+#include <QLoggingCategory>
 #include <QTranslator>
 
 namespace
@@ -32,6 +33,8 @@ ExitStatus runBatch(const BatchRequest &request, Console &console)
 
 int main(int argc, char *argv[])
 {
+    // Traces of libraries are no part of what the program says; QT_LOGGING_RULES brings them back.
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.warning=false"));
     // Texts are painted with the fonts of the machine, but no window is ever opened: no display is needed.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication application(argc, argv);

@@ -12,7 +12,7 @@ inline QDateTime localReading(QDate date, QTime time)
 {
     if (!date.isValid() || !time.isValid())
         return {};
-    const QDateTime local(date, time);
+    QDateTime local(date, time);
     if (local.isValid() && local.time() == time)
         return local;
     return QDateTime(date, time, QTimeZone(QDateTime(date.addDays(-1), time).offsetFromUtc()));

@@ -1,19 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/altitudefill.h"
 
-#include "core/devices.h"
 #include "data/elevationservice.h"
+#include "data/settings.h"
+#include "data/textlines.h"
 #include "render/geodesy.h"
 
 #include <QEventLoop>
 #include <QFile>
+#include <QLocale>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QSaveFile>
+#include <QStringList>
 #include <QThread>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 
 namespace
@@ -21,224 +25,245 @@ namespace
 
 enum Column { Name, Zone, Letter, Easting, Northing };
 
-constexpr qsizetype requiredColumns = Northing + 1;
-constexpr char separator = ';';
-const QByteArray byteOrderMark = QByteArrayLiteral("\xef\xbb\xbf");
+constexpr qsizetype positionColumns = Northing + 1;
 
-// Lines are kept as the bytes they are and decoded only to be read: a file in another encoding comes back
-// unharmed.
-QString text(const QByteArray &bytes)
+QString fixedText(double value, int decimals)
 {
-    return QString::fromUtf8(bytes);
+    return QString::number(value, 'f', decimals);
 }
 
-/// The file and what has become of its lines so far.
-class Table
-{
-public:
-    explicit Table(const QByteArray &contents)
-        : m_lines(contents.split('\n'))
-        , m_hasByteOrderMark(contents.startsWith(byteOrderMark))
-    {
-        if (m_lines.constLast().isEmpty())
-            m_lines.removeLast(); // after the last line feed
-        for (QByteArray &line : m_lines) {
-            if (line.endsWith('\r'))
-                line.chop(1);
-        }
-        if (m_hasByteOrderMark)
-            m_lines.first().remove(0, byteOrderMark.size());
-    }
-
-    qsizetype size() const { return m_lines.size(); }
-    const QByteArray &line(qsizetype i) const { return m_lines[i]; }
-    QByteArrayList columns(qsizetype i) const { return m_lines[i].split(separator); }
-    void setColumns(qsizetype i, const QByteArrayList &columns) { m_lines[i] = columns.join(separator); }
-
-    QByteArray contents() const
-    {
-        return (m_hasByteOrderMark ? byteOrderMark : QByteArray()) + m_lines.join('\n') + '\n';
-    }
-
-private:
-    QByteArrayList m_lines;
-    bool m_hasByteOrderMark;
-};
-
-struct Position {
-    int zone = 0;
-    QString letter;
-    double easting = 0.0;
-    double northing = 0.0;
-};
-
+// What the altitude fill of one file knows and does.
 class AltitudeFill
 {
 public:
-    AltitudeFill(Table &table, const ElevationService &service, bool overwrite,
-                 std::chrono::milliseconds pause, const LogCallback &log)
-        : m_table(table)
-        , m_service(service)
+    AltitudeFill(const QString &provider, const QString &apiKey, bool overwrite, const LogCallback &log,
+                 const ElevationAccess &access)
+        : m_provider(provider)
+        , m_apiKey(apiKey)
         , m_overwrite(overwrite)
-        , m_pause(pause)
         , m_log(log)
+        , m_access(access)
     {
     }
 
-    /// Finds the altitude column in the header, or adds one.
-    void prepareHeader()
-    {
-        QByteArrayList header = m_table.columns(0);
-        const auto isAltitude = [](const QByteArray &column) {
-            return column.compare("altitud", Qt::CaseInsensitive) == 0;
-        };
-        const auto found = std::find_if(header.cbegin(), header.cend(), isAltitude);
-        m_altitudeColumn = found - header.cbegin();
-        if (found == header.cend()) {
-            header.append(QByteArrayLiteral("altitud"));
-            m_table.setColumns(0, header);
-        }
-        m_log(QStringLiteral("DEBUG: Header columns: %1").arg(text(header.join(','))));
-        m_log(QStringLiteral("DEBUG: Índice de columna altitud: %1").arg(m_altitudeColumn));
-    }
-
-    /// Fills one line, if it is to be filled. False when the whole run has to end.
-    bool fillLine(qsizetype i)
-    {
-        const QString number = QString::number(i);
-        QByteArrayList columns = m_table.columns(i);
-        m_log(QStringLiteral("DEBUG: Procesando línea %1: %2").arg(number, text(m_table.line(i))));
-        m_log(QStringLiteral("DEBUG: Columnas en línea %1: size=%2, %3")
-                  .arg(number, QString::number(columns.size()), text(columns.join(','))));
-        while (columns.size() <= m_altitudeColumn)
-            columns.append(QByteArray());
-
-        const std::optional<Position> position = positionToAskFor(number, columns);
-        if (!position)
-            return true;
-        const QString location = describe(*position, columns);
-        if (m_service.lacksKey()) {
-            m_log(QStringLiteral("Error: Se requiere una clave de API para Google Elevation."));
-            return false;
-        }
-        if (const std::optional<double> altitude = ask(location)) {
-            const QString value = QString::number(*altitude, 'f', 2);
-            columns[m_altitudeColumn] = value.toLatin1();
-            m_table.setColumns(i, columns);
-            m_log(QStringLiteral("Altitud obtenida: ") + value + QStringLiteral(" m"));
-            m_log(QStringLiteral("DEBUG writing altitude: line ") + QString::number(i + 1) +
-                  QStringLiteral(" -> ") + text(m_table.line(i)));
-            ++m_updated;
-        }
-        return true;
-    }
-
-    int updated() const { return m_updated; }
+    bool read(const QString &path);
+    bool fill(const ProgressCallback &progress);
+    void save(const QString &path) const;
 
 private:
-    // The position of a line, or nothing, with the reason in the log, when the line is skipped.
-    std::optional<Position> positionToAskFor(const QString &number, const QByteArrayList &columns) const
-    {
-        const auto skip = [&](const QString &reason) {
-            m_log(QStringLiteral("DEBUG: Omisión línea %1: %2").arg(number, reason));
-            return std::nullopt;
-        };
-        const bool hasAltitude = !columns[m_altitudeColumn].trimmed().isEmpty();
-        m_log(QStringLiteral("DEBUG: Línea %1 tieneAltitud=%2")
-                  .arg(number, hasAltitude ? QStringLiteral("true") : QStringLiteral("false")));
-        if (hasAltitude && !m_overwrite)
-            return skip(QStringLiteral("ya tiene altitud y no se debe sobrescribir."));
-        if (columns.size() < requiredColumns)
-            return skip(QStringLiteral("menos de 5 columnas"));
+    enum class Outcome { Continue, Abort };
 
-        Position position;
-        bool zoneOk = false;
-        bool eastingOk = false;
-        bool northingOk = false;
-        position.zone = columns[Zone].trimmed().toInt(&zoneOk);
-        position.letter = text(columns[Letter]).trimmed();
-        if (position.letter.isEmpty())
-            return skip(QStringLiteral("letra de zona ausente"));
-        position.easting = columns[Easting].trimmed().toDouble(&eastingOk);
-        position.northing = columns[Northing].trimmed().toDouble(&northingOk);
-        if (!zoneOk || !eastingOk || !northingOk)
-            return skip(QStringLiteral("UTM inválido"));
-        return position;
-    }
+    void findAltitudeColumn();
+    Outcome fillLine(qsizetype index);
+    std::optional<UtmPosition> linePosition(qsizetype index, const QStringList &columns) const;
+    QString locationText(const UtmPosition &position, const QString &letter) const;
+    std::optional<double> request(const QUrl &url);
+    void store(qsizetype index, double altitude);
 
-    // Logs a position on its way from UTM to the location text of a request, and returns that.
-    QString describe(const Position &position, const QByteArrayList &columns) const
-    {
-        const QString zone = QString::number(position.zone);
-        m_log(QStringLiteral("DEBUG: Parsed UTM - zone=%1, zoneLetter=%2, easting=%3, northing=%4")
-                  .arg(zone, position.letter, text(columns[Easting]).trimmed(),
-                       text(columns[Northing]).trimmed()));
-        const GeoPosition geo = utmToLatLon(position.zone, position.letter.front().toLatin1(),
-                                            position.easting, position.northing);
-        const QString latitude = QString::number(geo.latitude, 'f', 8);
-        const QString longitude = QString::number(geo.longitude, 'f', 8);
-        const auto shortest = [](double value) {
-            return QString::number(value, 'g', QLocale::FloatingPointShortest);
-        };
-        m_log(QStringLiteral("DEBUG UTM->LatLon: zone=%1%2, easting=%3, northing=%4 -> lat=%5, lon=%6")
-                  .arg(zone, position.letter, shortest(position.easting), shortest(position.northing),
-                       latitude, longitude));
-        const QString location = latitude + QLatin1Char(',') + longitude;
-        m_log(QStringLiteral("DEBUG locationsParam: ") + location);
-        m_log(QStringLiteral("Consultando altitud para %1 (Coords: %2)").arg(text(columns[Name]), location));
-        return location;
-    }
+    qsizetype rowCount() const { return m_text.lines.size() - 1; }
 
-    std::optional<double> ask(const QString &location)
-    {
-        const QUrl url = m_service.requestUrl(location);
-        m_log(QStringLiteral("DEBUG: URL de petición: %1").arg(url.toString(QUrl::FullyEncoded)));
-        QNetworkReply *reply = m_network.get(QNetworkRequest(url));
-        QEventLoop loop;
-        QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-        if (!reply->isFinished())
-            loop.exec();
-
-        ElevationService::Answer answer;
-        if (reply->error() == QNetworkReply::NoError) {
-            const QByteArray body = reply->readAll();
-            m_log(QStringLiteral("DEBUG: Respuesta cruda: %1").arg(text(body)));
-            m_log(QStringLiteral("DEBUG: JSON recibido: %1").arg(text(body)));
-            answer = m_service.read(body);
-        } else {
-            answer.error = QStringLiteral("Error de red: ") + reply->errorString();
-        }
-        if (!answer.error.isEmpty())
-            m_log(answer.error);
-        reply->deleteLater();
-        QThread::msleep(static_cast<unsigned long>(m_pause.count()));
-        return answer.altitude;
-    }
-
-    Table &m_table;
-    const ElevationService &m_service;
+    const QString m_provider;
+    const QString m_apiKey;
     const bool m_overwrite;
-    const std::chrono::milliseconds m_pause;
     const LogCallback &m_log;
+    const ElevationAccess m_access;
     QNetworkAccessManager m_network;
+    TextLines m_text;
     qsizetype m_altitudeColumn = 0;
     int m_updated = 0;
 };
 
-bool save(const QString &path, const Table &table, const LogCallback &log)
+bool AltitudeFill::read(const QString &path)
 {
-    log(QStringLiteral("DEBUG: Escritura CSV, total líneas: %1").arg(table.size()));
+    QFile file(path);
+    const auto fail = [&] {
+        m_log(QStringLiteral("Error: No se pudo abrir el archivo CSV para leer: ") + file.errorString());
+        return false;
+    };
+    if (!file.open(QIODevice::ReadOnly))
+        return fail();
+    m_log(QStringLiteral("DEBUG: Abriendo CSV: ") + path);
+    m_text = readTextLines(file);
+    if (file.error() != QFileDevice::NoError)
+        return fail(); // what was read is not all, and must not replace the file
+    m_log(QStringLiteral("DEBUG: N° de líneas leídas: %1").arg(m_text.lines.size()));
+    if (m_text.lines.isEmpty()) {
+        m_log(QStringLiteral("Error: El archivo CSV está vacío."));
+        return false;
+    }
+    findAltitudeColumn();
+    return true;
+}
+
+void AltitudeFill::findAltitudeColumn()
+{
+    const QString name = QStringLiteral("altitud");
+    QByteArray &header = m_text.lines.first();
+    QStringList columns = QString::fromUtf8(header).split(u';');
+    const auto isAltitude = [&name](const QString &column) {
+        return column.compare(name, Qt::CaseInsensitive) == 0;
+    };
+    m_altitudeColumn = std::find_if(columns.cbegin(), columns.cend(), isAltitude) - columns.cbegin();
+    if (m_altitudeColumn == columns.size()) {
+        columns.append(name);
+        header += ";altitud";
+    }
+    m_log(QStringLiteral("DEBUG: Header columns: ") + columns.join(u','));
+    m_log(QStringLiteral("DEBUG: Índice de columna altitud: %1").arg(m_altitudeColumn));
+}
+
+bool AltitudeFill::fill(const ProgressCallback &progress)
+{
+    const auto report = [&](qsizetype done) {
+        if (progress)
+            progress(static_cast<int>(done), static_cast<int>(rowCount()));
+    };
+    report(0);
+    for (qsizetype index = 1; index <= rowCount(); ++index) {
+        if (fillLine(index) == Outcome::Abort)
+            return false;
+        report(index);
+    }
+    return true;
+}
+
+AltitudeFill::Outcome AltitudeFill::fillLine(qsizetype index)
+{
+    const QString line = QString::fromUtf8(m_text.lines.at(index));
+    const QString number = QString::number(index);
+    m_log(QStringLiteral("DEBUG: Procesando línea %1: %2").arg(number, line));
+    QStringList columns = line.split(u';');
+    m_log(QStringLiteral("DEBUG: Columnas en línea %1: size=%2, %3")
+              .arg(number, QString::number(columns.size()), columns.join(u',')));
+    while (columns.size() <= m_altitudeColumn)
+        columns.append(QString());
+
+    const bool hasAltitude = !columns.at(m_altitudeColumn).trimmed().isEmpty();
+    m_log(QStringLiteral("DEBUG: Línea %1 tieneAltitud=%2")
+              .arg(number, hasAltitude ? QStringLiteral("true") : QStringLiteral("false")));
+    if (hasAltitude && !m_overwrite) {
+        m_log(QStringLiteral("DEBUG: Omisión línea %1: ya tiene altitud y no se debe sobrescribir.")
+                  .arg(number));
+        return Outcome::Continue;
+    }
+    const std::optional<UtmPosition> position = linePosition(index, columns);
+    if (!position)
+        return Outcome::Continue;
+
+    const QString location = locationText(*position, columns.at(Letter).trimmed());
+    m_log(QStringLiteral("DEBUG locationsParam: ") + location);
+    m_log(QStringLiteral("Consultando altitud para %1 (Coords: %2)").arg(columns.at(Name), location));
+    if (m_provider == ElevationProvider::Google && m_apiKey.isEmpty()) {
+        m_log(QStringLiteral("Error: Se requiere una clave de API para Google Elevation."));
+        return Outcome::Abort;
+    }
+    if (const auto altitude = request(elevationRequestUrl(m_access, m_provider, m_apiKey, location)))
+        store(index, *altitude);
+    return Outcome::Continue;
+}
+
+// The position in a line, or nothing, with the reason in the log. Unlike in a batch, a missing letter has no
+// default here: the altitude would be that of a place on the other hemisphere.
+std::optional<UtmPosition> AltitudeFill::linePosition(qsizetype index, const QStringList &columns) const
+{
+    const auto omit = [&](const QString &reason) {
+        m_log(QStringLiteral("DEBUG: Omisión línea %1: %2").arg(QString::number(index), reason));
+        return std::nullopt;
+    };
+    if (columns.size() < positionColumns)
+        return omit(QStringLiteral("menos de 5 columnas"));
+    const QString letter = columns.at(Letter).trimmed();
+    if (letter.isEmpty())
+        return omit(QStringLiteral("letra de zona ausente"));
+
+    const QString easting = columns.at(Easting).trimmed();
+    const QString northing = columns.at(Northing).trimmed();
+    bool zoneOk = false;
+    bool eastingOk = false;
+    bool northingOk = false;
+    const UtmPosition position{columns.at(Zone).trimmed().toInt(&zoneOk), letter.front().toLatin1(),
+                               easting.toDouble(&eastingOk), northing.toDouble(&northingOk)};
+    if (!zoneOk || !eastingOk || !northingOk)
+        return omit(QStringLiteral("UTM inválido"));
+    m_log(QStringLiteral("DEBUG: Parsed UTM - zone=%1, zoneLetter=%2, easting=%3, northing=%4")
+              .arg(QString::number(position.zone), letter, easting, northing));
+    return position;
+}
+
+QString AltitudeFill::locationText(const UtmPosition &position, const QString &letter) const
+{
+    const GeoPosition geo =
+        utmToLatLon(position.zone, position.zoneLetter, position.easting, position.northing);
+    const QString latitude = fixedText(geo.latitude, 8);
+    const QString longitude = fixedText(geo.longitude, 8);
+    const auto shortest = [](double value) {
+        return QString::number(value, 'g', QLocale::FloatingPointShortest);
+    };
+    m_log(QStringLiteral("DEBUG UTM->LatLon: zone=%1%2, easting=%3, northing=%4 -> lat=%5, lon=%6")
+              .arg(QString::number(position.zone), letter, shortest(position.easting),
+                   shortest(position.northing), latitude, longitude));
+    return latitude + u',' + longitude;
+}
+
+std::optional<double> AltitudeFill::request(const QUrl &url)
+{
+    m_log(QStringLiteral("DEBUG: URL de petición: ") + url.toString(QUrl::FullyEncoded));
+    const std::unique_ptr<QNetworkReply> reply(m_network.get(QNetworkRequest(url)));
+    QEventLoop loop;
+    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    if (!reply->isFinished())
+        loop.exec();
+
+    ElevationAnswer answer;
+    if (reply->error() == QNetworkReply::NoError) {
+        const QByteArray body = reply->readAll();
+        m_log(QStringLiteral("DEBUG: Respuesta cruda: ") + QString::fromUtf8(body));
+        m_log(QStringLiteral("DEBUG: JSON recibido: ") + QString::fromUtf8(body));
+        answer = parseElevationAnswer(m_provider, body);
+    } else {
+        answer.message = QStringLiteral("Error de red: ") + reply->errorString();
+    }
+    if (!answer.message.isEmpty())
+        m_log(answer.message);
+    QThread::msleep(static_cast<unsigned long>(m_access.pause.count()));
+    return answer.altitude;
+}
+
+void AltitudeFill::store(qsizetype index, double altitude)
+{
+    const QString value = fixedText(altitude, 2);
+    QByteArray &line = m_text.lines[index];
+    QByteArrayList columns = line.split(';');
+    while (columns.size() <= m_altitudeColumn)
+        columns.append(QByteArray());
+    columns[m_altitudeColumn] = value.toLatin1();
+    line = columns.join(';');
+    m_log(QStringLiteral("Altitud obtenida: ") + value + QStringLiteral(" m"));
+    m_log(QStringLiteral("DEBUG writing altitude: line ") + QString::number(index + 1) +
+          QStringLiteral(" -> ") + QString::fromUtf8(line));
+    ++m_updated;
+}
+
+void AltitudeFill::save(const QString &path) const
+{
+    m_log(QStringLiteral("DEBUG: Escritura CSV, total líneas: %1").arg(m_text.lines.size()));
+    // Not in text mode: the lines end with a line feed alone on every platform.
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
-        log(QStringLiteral("Error: No se pudo abrir el archivo CSV para escribir: ") + file.errorString());
-        return false;
+        m_log(QStringLiteral("Error: No se pudo abrir el archivo CSV para escribir: ") + file.errorString());
+        return;
     }
-    if (!writeAll(file, table.contents()) || !file.commit()) {
-        log(QStringLiteral("Error: No se pudo guardar los cambios en el CSV: ") + file.errorString());
-        return false;
+    file.write(m_text.byteOrderMark);
+    for (const QByteArray &line : m_text.lines)
+        file.write(line + '\n');
+    if (!file.commit()) {
+        m_log(QStringLiteral("Error: No se pudo guardar los cambios en el CSV: ") + file.errorString());
+        return;
     }
-    log(QStringLiteral("DEBUG: CSV guardado correctamente"));
-    return true;
+    m_log(QStringLiteral("DEBUG: CSV guardado correctamente"));
+    m_log(QStringLiteral("Proceso completado. Se actualizaron %1 de %2 registros.")
+              .arg(m_updated)
+              .arg(rowCount()));
 }
 
 } // namespace
@@ -247,36 +272,7 @@ void fillAltitudesFromApi(const QString &csvPath, const QString &provider, const
                           bool overwrite, const LogCallback &log, const ProgressCallback &progress,
                           const ElevationAccess &access)
 {
-    QFile file(csvPath);
-    if (!file.open(QIODevice::ReadOnly)) {
-        log(QStringLiteral("Error: No se pudo abrir el archivo CSV para leer: ") + file.errorString());
-        return;
-    }
-    log(QStringLiteral("DEBUG: Abriendo CSV: %1").arg(csvPath));
-    Table table(file.readAll());
-    file.close();
-    log(QStringLiteral("DEBUG: N° de líneas leídas: %1").arg(table.size()));
-    if (table.size() == 0) {
-        log(QStringLiteral("Error: El archivo CSV está vacío."));
-        return;
-    }
-
-    const ElevationService service(provider, apiKey, access);
-    AltitudeFill fill(table, service, overwrite, access.pause, log);
-    fill.prepareHeader();
-    const int total = static_cast<int>(table.size()) - 1;
-    const auto report = [&](int done) {
-        if (progress)
-            progress(done, total);
-    };
-    report(0);
-    for (int i = 1; i <= total; ++i) {
-        if (!fill.fillLine(i))
-            return;
-        report(i);
-    }
-    if (save(csvPath, table, log))
-        log(QStringLiteral("Proceso completado. Se actualizaron %1 de %2 registros.")
-                .arg(fill.updated())
-                .arg(total));
+    AltitudeFill job(provider, apiKey, overwrite, log, access);
+    if (job.read(csvPath) && job.fill(progress))
+        job.save(csvPath);
 }

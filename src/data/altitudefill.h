@@ -6,14 +6,17 @@
 
 #include <QString>
 
-/// Asks an elevation service for the altitude at the position of every row of a coordinates file, writes the
-/// answers into the column "altitud" (added when there is none) and saves the file in place, in one step.
-/// With `overwrite` off, rows that have an altitude are left as they are.
+/// Asks an elevation service for the ground altitude at every row of a coordinates file, writes the answers
+/// into its column "altitud", which is added where it is missing, and replaces the file by one atomic write.
 ///
-/// `provider` and `apiKey` are those of `ElevationService`. Blocks, one request after the other, for as long
-/// as the service takes; to be called from a thread that may block. Everything that happens goes to `log`;
-/// `progress` is called with (0, rows) and after every row. When the file cannot be read or saved, or the key
-/// is missing, it stays as it is.
+/// Rows that have an altitude are asked for only with `overwrite`. A row without usable position or answer
+/// stays byte for byte as it is; every line then ends with a line feed alone, and a byte order mark stays.
+/// The requests go out one after the other, each followed by the pause of `access`; the calling thread is
+/// held up until the last one, in event loops of its own while a request is under way.
+///
+/// Everything that happens goes to `log`, which must be callable, the addresses with the key included.
+/// `progress`, which may be empty, gets (0, rows), then one call per row. Without a file that can be read and
+/// written, or a key for Google, nothing is written.
 void fillAltitudesFromApi(const QString &csvPath, const QString &provider, const QString &apiKey,
                           bool overwrite, const LogCallback &log, const ProgressCallback &progress,
                           const ElevationAccess &access = elevationAccess());

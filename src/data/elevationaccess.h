@@ -5,12 +5,12 @@
 
 #include <chrono>
 
-/// Where the elevation services are and how they want to be asked.
+/// Where the elevation services are, and how they are to be treated.
 struct ElevationAccess {
-    QString googleUrl; ///< scheme, host and optional port
-    QString openTopoDataUrl;
-    std::chrono::milliseconds pause{1100}; ///< after every request, the rate limit of both services
+    QString googleUrl;                     ///< scheme, host and optional port
+    QString openTopoDataUrl;               ///< the same
+    std::chrono::milliseconds pause{1100}; ///< after each request, within the rate limits of both services
 };
 
-/// The access with which the program was built.
+/// The services chosen when the program was built.
 ElevationAccess elevationAccess();

@@ -6,60 +6,52 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QUrlQuery>
 
 namespace
 {
 
-// A query value in which every character arrives as it stands; QUrlQuery would let "+" through, which servers
-// take for a blank.
-QString queryItem(const QString &key, const QString &value)
+QString errorMessage(const QString &provider, const QString &status, const QJsonObject &answer)
 {
-    return key + QLatin1Char('=') + QString::fromLatin1(QUrl::toPercentEncoding(value, ","));
+    if (provider == ElevationProvider::Google) {
+        return QStringLiteral("Error de API Google: ") + status + QStringLiteral(" - ") +
+               answer.value(u"error_message").toString();
+    }
+    return QStringLiteral("Error de API OpenTopoData: %1 - %2")
+        .arg(status, answer.value(u"error").toString(QStringLiteral("Sin detalles")));
 }
 
 } // namespace
 
-ElevationService::ElevationService(const QString &provider, const QString &apiKey,
-                                   const ElevationAccess &access)
-    : m_google(provider == ElevationProvider::Google)
-    , m_apiKey(apiKey)
-    , m_baseUrl(m_google ? access.googleUrl : access.openTopoDataUrl)
+QUrl elevationRequestUrl(const ElevationAccess &access, const QString &provider, const QString &apiKey,
+                         const QString &location)
 {
-}
+    const bool google = provider == ElevationProvider::Google;
+    QUrl url(google ? access.googleUrl : access.openTopoDataUrl);
+    url.setPath(google ? QStringLiteral("/maps/api/elevation/json") : QStringLiteral("/v1/srtm30m"));
 
-bool ElevationService::lacksKey() const
-{
-    return m_google && m_apiKey.isEmpty();
-}
-
-QUrl ElevationService::requestUrl(const QString &location) const
-{
-    QUrl url(m_baseUrl);
-    url.setPath(m_google ? QStringLiteral("/maps/api/elevation/json") : QStringLiteral("/v1/srtm30m"));
-    QString query = queryItem(QStringLiteral("locations"), location);
-    if (m_google)
-        query += QLatin1Char('&') + queryItem(QStringLiteral("key"), m_apiKey);
-    url.setQuery(query, QUrl::StrictMode);
+    QUrlQuery query;
+    query.addQueryItem(QStringLiteral("locations"), location);
+    if (google) {
+        // Encoded here: QUrlQuery would take a "%" in the key for an encoding, and send "+", which stands for
+        // a blank.
+        query.addQueryItem(QStringLiteral("key"), QString::fromLatin1(QUrl::toPercentEncoding(apiKey)));
+    }
+    url.setQuery(query);
     return url;
 }
 
-ElevationService::Answer ElevationService::read(const QByteArray &body) const
+ElevationAnswer parseElevationAnswer(const QString &provider, const QByteArray &body)
 {
     const QJsonObject answer = QJsonDocument::fromJson(body).object();
-    const QString status = answer.value(QLatin1String("status")).toString();
-    const QJsonValue results = answer.value(QLatin1String("results"));
-    const bool usable = status == QLatin1String("OK") && (m_google || !results.isUndefined());
-    if (usable) {
-        const QJsonArray list = results.toArray();
-        if (list.isEmpty())
-            return {};
-        return {list.first().toObject().value(QLatin1String("elevation")).toDouble(), {}};
-    }
-    if (m_google) {
-        const QString message = answer.value(QLatin1String("error_message")).toString();
-        return {std::nullopt,
-                QStringLiteral("Error de API Google: ") + status + QStringLiteral(" - ") + message};
-    }
-    const QString message = answer.value(QLatin1String("error")).toString(QStringLiteral("Sin detalles"));
-    return {std::nullopt, QStringLiteral("Error de API OpenTopoData: %1 - %2").arg(status, message)};
+    const QString status = answer.value(u"status").toString();
+    const QJsonValue results = answer.value(u"results");
+    const bool needsResults = provider != ElevationProvider::Google;
+    if (status != u"OK" || (needsResults && results.isUndefined()))
+        return {std::nullopt, errorMessage(provider, status, answer)};
+
+    const QJsonArray locations = results.toArray();
+    if (locations.isEmpty())
+        return {};
+    return {locations.first().toObject().value(u"elevation").toDouble(), QString()};
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/filesafety.h"
 
-#include "core/devices.h"
-
 #include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
@@ -41,6 +39,20 @@ std::optional<Placing> renameByKernel([[maybe_unused]] const QString &from,
         return Placing::Failed;
 #endif
     return std::nullopt;
+}
+
+// Writes in as many steps as it takes: the write that fills a disk up is only short, the next one has the
+// reason.
+bool writeAll(QIODevice &device, const QByteArray &contents)
+{
+    qint64 written = 0;
+    while (written < contents.size()) {
+        const qint64 count = device.write(contents.constData() + written, contents.size() - written);
+        if (count <= 0)
+            return false;
+        written += count;
+    }
+    return true;
 }
 
 } // namespace

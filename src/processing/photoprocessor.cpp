@@ -49,7 +49,7 @@ PhotoPipeline::Outcome processGuarded(PhotoPipeline &pipeline, const QString &pa
     try {
         return pipeline.process();
     } catch (const std::exception &exception) {
-        qWarning() << path << exception.what();
+        qCritical() << path << exception.what();
         return PhotoPipeline::Outcome::Left;
     }
 }

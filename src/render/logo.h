@@ -5,7 +5,8 @@
 #include <QImage>
 #include <QMutex>
 
-/// The logo of one run, shared by all its photos. Photos of one camera ask for one size, so the scaled images are kept.
+/// The logo of one run, shared by all its photos. Photos of one camera ask for one size, so the scaled images
+/// are kept.
 class Logo
 {
 public:
@@ -14,11 +15,12 @@ public:
 
     bool isNull() const;
 
-    /// The logo's size in pixels on a photo `imageWidth` pixels wide: the integer part of ratio × width, and the height
-    /// that keeps the logo's shape, in integer arithmetic.
+    /// The logo's size in pixels on a photo `imageWidth` pixels wide: the integer part of ratio × width, and
+    /// the height that keeps the logo's shape, in integer arithmetic.
     QSize sizeFor(double ratio, int imageWidth) const;
 
-    /// The logo scaled smoothly to `size`, keeping its shape; null when a side is 0. Safe to call from several threads.
+    /// The logo scaled smoothly to `size`, keeping its shape; null when a side is 0. Safe to call from
+    /// several threads.
     QImage scaled(QSize size) const;
 
 private:
