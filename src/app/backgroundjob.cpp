@@ -90,7 +90,7 @@ void BackgroundJob::queueDelivery()
     if (std::exchange(m_deliveryQueued, true))
         return;
     QMetaObject::invokeMethod(
-        this, [this] { deliver(); }, Qt::QueuedConnection);
+        this, [this] { deliverInTurns(); }, Qt::QueuedConnection);
 }
 
 bool BackgroundJob::deliver()
