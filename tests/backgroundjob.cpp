@@ -51,7 +51,7 @@ void BackgroundJobTest::progressNeverGoesBack()
             progress(0, 10);
             progress(10, 10);
             progress(9, 10); // overtaken on its way
-            shown.acquire();
+            shown.tryAcquire(1, 10000);
         },
         [&done] { done = true; });
     QTRY_COMPARE(dialog->maximum(), 10);
@@ -72,7 +72,7 @@ void BackgroundJobTest::keepsTheOrderOfManyLines()
         [&shown](const LogCallback &line, const ProgressCallback &) {
             for (int i = 0; i < 10000; ++i)
                 line(QStringLiteral("Metadatos escritos para %1.jpg").arg(i));
-            shown.acquire();
+            shown.tryAcquire(1, 10000);
         },
         [&done] { done = true; });
     // All of them, although the job goes on.
