@@ -62,6 +62,7 @@ private slots:
     void fillsAltitudes();
     void refusesAnAltitudeFill();
     void keepsSettings();
+    void choosesFilesAndFolders();
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -392,6 +393,35 @@ void WindowFlowsTest::keepsSettings()
     const qsizetype table = photo.indexOf("\xff\xdb");
     QVERIFY(table > 0);
     QCOMPARE(static_cast<int>(photo[table + 5]), 20); // 16 × 100 / 80
+}
+
+void WindowFlowsTest::choosesFilesAndFolders()
+{
+    writePhoto(path(QStringLiteral("logo.png")), plainImage({10, 10}));
+    writeText(path(QStringLiteral("tabla.csv")), "");
+    m_driver->click("txtRadio");
+    m_driver->check("outputFolderCheck", true);
+    const struct {
+        const char *button;
+        const char *edit;
+        QString choice;
+        QString shown;
+    } rows[] = {
+        {"selectDirButton", "directoryEdit", photos(), photos()},
+        {"selectLogoButton", "logoEdit", path(QStringLiteral("logo.png")), QStringLiteral("logo.png")},
+        {"selectFontButton", "fontEdit", path(QStringLiteral("tabla.csv")), QStringLiteral("tabla.csv")},
+        {"selectTxtButton", "txtPathEdit", path(QStringLiteral("tabla.csv")),
+         path(QStringLiteral("tabla.csv"))},
+        {"selectOutputButton", "outputFolderEdit", m_folder->path(), m_folder->path()},
+    };
+    for (const auto &row : rows) {
+        m_driver->chooseInNextDialog(row.choice);
+        m_driver->click(row.button);
+        QCOMPARE(m_driver->find<QLineEdit>(row.edit)->text(), row.shown);
+        m_driver->onNextDialog([](QWidget *dialog) { dialog->close(); });
+        m_driver->click(row.button);
+        QCOMPARE(m_driver->find<QLineEdit>(row.edit)->text(), row.shown);
+    }
 }
 
 QTEST_MAIN(WindowFlowsTest)

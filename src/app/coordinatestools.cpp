@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/backgroundjob.h"
 #include "app/photorenamergui.h"
-#include "data/coordinatesfile.h"
 #include "data/samplefile.h"
 #include "data/settings.h"
 #include "data/settingsdialog.h"
@@ -14,7 +13,6 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
@@ -57,12 +55,11 @@ void PhotoRenamerGUI::createSampleFile()
 
 void PhotoRenamerGUI::writeSampleFile(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    SampleFile file(path);
+    if (!file.open()) {
         appendLog(QStringLiteral("Error al crear el archivo de ejemplo: no se pudo abrir el archivo."));
         return;
     }
-    file.write(coordinatesHeader().toUtf8() + '\n');
     const bool fromExif = sampleFromExifCheck->isChecked();
     const QStringList photos =
         findPhotos(directoryEdit->text(), subdirsCheck->isChecked(), PhotoWalk::Sample);
@@ -74,9 +71,13 @@ void PhotoRenamerGUI::writeSampleFile(const QString &path)
                       QStringLiteral(". Usando coordenadas y orientación fijas"));
         if (!row.dateTime.isValid())
             row.dateTime = QDateTime::currentDateTime();
-        file.write(sampleLine(row).toUtf8());
+        file.append(row);
     }
-    file.close();
+    if (!file.close()) {
+        appendLog(
+            QStringLiteral("Error al crear el archivo de ejemplo: no se pudo escribir el archivo completo."));
+        return;
+    }
     appendLog(QStringLiteral("Archivo de ejemplo creado en: ") + path);
 }
 

@@ -21,8 +21,6 @@ QString isoText(const QDateTime &dateTime)
     return dateTime.date().toString(Qt::ISODate) + u'T' + dateTime.time().toString(Qt::ISODate);
 }
 
-} // namespace
-
 QString sampleLine(const SampleRow &row)
 {
     const UtmPosition position = row.position.value_or(placeholder);
@@ -34,6 +32,8 @@ QString sampleLine(const SampleRow &row)
         .arg(row.name, QString::number(position.zone), letter, truncatedText(position.easting),
              truncatedText(position.northing), orientation, isoText(row.dateTime), altitude);
 }
+
+} // namespace
 
 SampleFile::SampleFile(const QString &path)
     : m_file(path)

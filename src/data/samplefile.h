@@ -18,9 +18,6 @@ struct SampleRow {
     QDateTime dateTime;                ///< written in ISO 8601 form, as its clock shows it
 };
 
-/// The line of one photo in a coordinates file, with its line feed.
-QString sampleLine(const SampleRow &row);
-
 /// A coordinates file in the making: its header, then one line per photo.
 class SampleFile
 {
