@@ -1,43 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/backgroundjob.h"
+#include "app/logtext.h"
+#include "app/pathedit.h"
 #include "app/photorenamergui.h"
-#include "data/samplefile.h"
+#include "app/waitcursor.h"
+#include "data/altitudefill.h"
 #include "data/settings.h"
-#include "data/settingsdialog.h"
-#include "processing/exifreader.h"
-#include "processing/photoprocessor.h"
-#include "processing/photowalk.h"
-#include "render/geodesy.h"
+#include "processing/samplewriter.h"
 
 #include <QCheckBox>
-#include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QPushButton>
-#include <QSpinBox>
-
-namespace
-{
-
-// What the EXIF data of a photo say for its line; without a position only the date.
-SampleRow rowFromExif(const QString &path)
-{
-    SampleRow row;
-    if (const std::optional<GpsData> gps = readGps(path)) {
-        row.position = latLonToUtm(gps->latitude, gps->longitude);
-        row.orientation = gps->orientation;
-        row.altitude = gps->altitude;
-    }
-    row.dateTime = readCaptureDate(path).value_or(QDateTime());
-    return row;
-}
-
-} // namespace
+#include <QTextEdit>
 
 void PhotoRenamerGUI::createSampleFile()
 {
@@ -49,36 +28,21 @@ void PhotoRenamerGUI::createSampleFile()
                                                       QString(), QStringLiteral("CSV Files (*.csv)"));
     if (path.isEmpty())
         return;
-    writeSampleFile(path);
+    writeSample(path);
     txtPathEdit->setText(path);
 }
 
-void PhotoRenamerGUI::writeSampleFile(const QString &path)
+void PhotoRenamerGUI::writeSample(const QString &path)
 {
-    SampleFile file(path);
-    if (!file.open()) {
-        appendLog(QStringLiteral("Error al crear el archivo de ejemplo: no se pudo abrir el archivo."));
-        return;
-    }
-    const bool fromExif = sampleFromExifCheck->isChecked();
-    const QStringList photos =
-        findPhotos(directoryEdit->text(), subdirsCheck->isChecked(), PhotoWalk::Sample);
-    for (const QString &photo : photos) {
-        SampleRow row = fromExif ? rowFromExif(photo) : SampleRow();
-        row.name = QFileInfo(photo).fileName();
-        if (fromExif && !row.position)
-            appendLog(QStringLiteral("Datos GPS no encontrados en EXIF para ") + row.name +
-                      QStringLiteral(". Usando coordenadas y orientación fijas"));
-        if (!row.dateTime.isValid())
-            row.dateTime = QDateTime::currentDateTime();
-        file.append(row);
-    }
-    if (!file.close()) {
-        appendLog(
-            QStringLiteral("Error al crear el archivo de ejemplo: no se pudo escribir el archivo completo."));
-        return;
-    }
-    appendLog(QStringLiteral("Archivo de ejemplo creado en: ") + path);
+    const WaitCursor wait;
+    const SampleSource source{directoryEdit->text(), subdirsCheck->isChecked(),
+                              sampleFromExifCheck->isChecked()};
+    QStringList lines;
+    QString error;
+    if (!writeSampleFile(
+            path, source, [&lines](const QString &line) { lines.append(line); }, &error))
+        tell(QStringLiteral("No se creó el archivo de ejemplo."), error);
+    appendPlainLines(logView, lines);
 }
 
 void PhotoRenamerGUI::populateAltitude()
@@ -98,11 +62,16 @@ void PhotoRenamerGUI::populateAltitude()
     appendLog(QStringLiteral("Iniciando relleno de altitud desde API para el archivo: ") + path);
     auto *job = new BackgroundJob(QStringLiteral("Consultando altitudes..."), logView, this);
     job->dialog()->setObjectName(QStringLiteral("altitudeProgressDialog"));
-    populateAltitudeButton->setEnabled(false);
+    disableKeepingFocus(populateAltitudeButton, logView);
+    connect(job, &BackgroundJob::goesOnUnseen, this, [this](int done, int total) {
+        tell(QStringLiteral("La consulta de altitudes continúa: %1 de %2 líneas.")
+                 .arg(QString::number(done), QString::number(total)));
+    });
     QCoreApplication::processEvents();
 
-    const auto work = [=](const LogCallback &log, const ProgressCallback &progress) {
-        PhotoProcessor::fillAltitudesFromApi(path, provider, key, overwrite, log, progress);
+    const auto work = [=, services = access](const LogCallback &log, const ProgressCallback &progress,
+                                             const StopRequest &stopRequested) {
+        fillAltitudesFromApi(path, provider, key, overwrite, log, progress, services, stopRequested);
     };
     job->start(work, [this] { onAltitudesFilled(); });
 }
@@ -110,23 +79,10 @@ void PhotoRenamerGUI::populateAltitude()
 void PhotoRenamerGUI::onAltitudesFilled()
 {
     appendLog(QStringLiteral("\nRelleno de altitud finalizado."));
+    tell(QStringLiteral("Terminó la consulta de altitudes."));
     QMessageBox::information(this, QStringLiteral("Completado"),
                              QStringLiteral("El proceso de relleno de altitud ha finalizado.\n"
                                             "El archivo CSV ha sido actualizado."));
     populateAltitudeButton->setEnabled(true);
     updatePreview();
-}
-
-void PhotoRenamerGUI::openSettingsDialog()
-{
-    SettingsDialog dialog(this);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    Settings settings;
-    settings.altitudeProvider = dialog.providerCombo->currentText();
-    settings.googleApiKey = dialog.apiKeyEdit->text();
-    settings.jpegQuality = dialog.jpegQualitySpin->value();
-    settings.save();
-    loadSettings();
-    appendLog(QStringLiteral("Configuración de salida y altitud actualizada."));
 }

@@ -1,145 +1,143 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/pathedit.h"
 #include "app/photorenamergui.h"
-#include "processing/photoprocessor.h"
+#include "app/stampedpreview.h"
+#include "app/waitcursor.h"
 #include "processing/photowalk.h"
 
 #include <QCheckBox>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
-#include <QImageReader>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QTemporaryDir>
+
+#include <utility>
 
 namespace
 {
 
-// A preview only draws: nothing about names, folders and metadata is done.
-ProcessOptions previewOptions(ProcessOptions options, const QString &coordinatesFile)
-{
-    options.renamePhotos = false;
-    options.usePrefix = false;
-    options.prefix.clear();
-    options.includeSubfolders = false;
-    options.embedCsvInExif = false;
-    options.createBackup = false;
-    options.useOutputFolder = false;
-    options.outputFolder.clear();
-    options.txtPath = coordinatesFile;
-    return options;
-}
-
-// Copies a photo to a path where the copy can be written to, although the photo may be read-only.
-bool copyWritable(const QString &path, const QString &copy)
-{
-    if (!QFile::copy(path, copy))
-        return false;
-    return QFile::setPermissions(copy, QFile::permissions(copy) | QFile::ReadOwner | QFile::WriteOwner);
-}
-
-// A photo as a viewer shows it, turned as its orientation tag says.
-QPixmap viewedPhoto(const QString &path)
-{
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(true);
-    return QPixmap::fromImageReader(&reader);
-}
+// A preview that took longer than this is not drawn at each of several quick changes; nor does the next one
+// begin before so long a time without a change.
+constexpr qint64 quickPreview = 150; // ms
 
 } // namespace
 
 void PhotoRenamerGUI::onDirectoryChanged()
 {
-    const QString directory = directoryEdit->text();
-    imageFiles.clear();
-    previewIndex = -1;
-    if (!QDir(directory).exists())
-        return showPreviewMessage(QStringLiteral("El directorio seleccionado no es válido."));
+    // A folder may hold a whole disk: while its path is typed, each letter would be walked to the bottom.
+    if (std::exchange(directoryTyped, false) && subdirsCheck->isChecked())
+        typingTimer.start();
+    else
+        listPhotos();
+}
 
-    imageFiles = findPhotos(directory, subdirsCheck->isChecked(), PhotoWalk::Preview);
-    if (imageFiles.isEmpty())
+void PhotoRenamerGUI::listTypedPhotos()
+{
+    if (typingTimer.isActive())
+        listPhotos();
+}
+
+void PhotoRenamerGUI::listPhotos()
+{
+    typingTimer.stop();
+    const QString directory = directoryEdit->text();
+    if (!QDir(directory).exists()) {
+        browser.setPhotos({});
+        return showPreviewMessage(QStringLiteral("El directorio seleccionado no es válido."));
+    }
+    {
+        const WaitCursor wait;
+        browser.setPhotos(findPhotos(directory, subdirsCheck->isChecked(), PhotoWalk::Preview));
+    }
+    if (browser.isEmpty())
         return showPreviewMessage(
             QStringLiteral("No se encontraron imágenes en el directorio seleccionado."));
-    previewIndex = 0;
-    showPhoto(imageFiles.first());
+    showPhoto();
 }
 
 void PhotoRenamerGUI::onPreviousPreview()
 {
-    if (previewIndex < 1)
-        return;
-    --previewIndex;
-    showPhoto(imageFiles.at(previewIndex));
+    if (browser.previous())
+        showPhoto();
 }
 
 void PhotoRenamerGUI::onNextPreview()
 {
-    if (previewIndex >= imageFiles.size() - 1)
-        return;
-    ++previewIndex;
-    showPhoto(imageFiles.at(previewIndex));
+    if (browser.next())
+        showPhoto();
 }
 
 // Looks at one photo aside: the buttons go on from where they were.
 void PhotoRenamerGUI::showPreviewAtIndex(int index)
 {
-    if (index < 0 || index >= imageFiles.size())
-        return;
-    showPhoto(imageFiles.at(index));
+    if (browser.lookAt(index))
+        showPhoto();
 }
 
-void PhotoRenamerGUI::showPhoto(const QString &path)
+void PhotoRenamerGUI::showPhoto()
 {
-    currentPreviewPath = path;
     updatePreview();
     updateNavigation();
 }
 
 void PhotoRenamerGUI::updateNavigation()
 {
-    prevButton->setEnabled(previewIndex >= 1);
-    nextButton->setEnabled(previewIndex < imageFiles.size() - 1);
+    const std::pair<QPushButton *, bool> steps[] = {{prevButton, browser.hasPrevious()},
+                                                    {nextButton, browser.hasNext()}};
+    for (const auto &[button, possible] : steps) {
+        if (possible)
+            button->setEnabled(true);
+        else
+            disableKeepingFocus(button, previewLabel);
+    }
 }
 
 void PhotoRenamerGUI::updatePreview()
 {
-    if (applyingPreset || currentPreviewPath.isEmpty() || !QFile::exists(currentPreviewPath))
+    if (holdPreview || browser.photo().isEmpty() || !QFile::exists(browser.photo()))
         return;
-    const QTemporaryDir folder;
-    if (!folder.isValid()) {
-        appendLog(QStringLiteral("Error: No se pudo crear el directorio temporal para la vista previa."));
-        return;
-    }
-    const QString copy = folder.filePath(QFileInfo(currentPreviewPath).fileName());
-    if (!copyWritable(currentPreviewPath, copy)) {
-        appendLog(
-            QStringLiteral("Error: No se pudo copiar la imagen de vista previa al directorio temporal."));
-        return;
-    }
+    showCaption(browser.caption());
+    if (previewTook > quickPreview)
+        previewTimer.start();
+    else
+        drawPreview();
+}
 
-    PhotoProcessor processor;
-    processor.setOptions(previewOptions(currentOptions(), txtPathEdit->text()));
-    processor.renamePhotosWithUTM(
-        folder.path(), [](const QString &) {}, [](int, int) {});
-
-    const QPixmap preview = viewedPhoto(copy);
-    if (preview.isNull()) {
+void PhotoRenamerGUI::drawPreview()
+{
+    previewTimer.stop();
+    const WaitCursor wait;
+    QElapsedTimer timer;
+    timer.start();
+    const StampedPreview preview = stampedPreview(browser.photo(), currentRequest().options(), coordinates);
+    if (!preview.error.isEmpty())
+        return appendLog(preview.error);
+    if (preview.picture.isNull()) {
         previewLabel->setPixmap(QPixmap());
         previewLabel->setText(QStringLiteral("Error al generar la vista previa."));
-        return;
+    } else {
+        previewPixmap = QPixmap::fromImage(preview.picture);
+        showScaledPreview();
     }
-    previewPixmap = preview;
-    showScaledPreview();
+    previewTook = timer.elapsed();
+}
+
+// The name may be long: the pane and the rest of the bar do not make room for it.
+void PhotoRenamerGUI::showCaption(const QString &caption)
+{
+    const int room = width() / 3;
+    photoCaption->setText(photoCaption->fontMetrics().elidedText(caption, Qt::ElideMiddle, room));
+    photoCaption->setToolTip(browser.photo());
 }
 
 void PhotoRenamerGUI::showPreviewMessage(const QString &message)
 {
     previewLabel->setPixmap(QPixmap());
     previewLabel->setText(message);
-    prevButton->setEnabled(false);
-    nextButton->setEnabled(false);
+    previewTimer.stop();
+    showCaption({});
+    updateNavigation();
 }
 
 void PhotoRenamerGUI::showScaledPreview()

@@ -88,8 +88,9 @@ QGroupBox *PhotoRenamerGUI::buildCoordinatesGroup(QWidget *parent)
     auto *layout = groupLayout<QVBoxLayout>(txtGroup);
     QFormLayout *form = wrappingForm();
     layout->addLayout(form);
-    txtPathEdit = lineEdit(txtGroup, "txtPathEdit");
-    selectTxtButton = button(txtGroup, "selectTxtButton", QStringLiteral("Seleccionar"));
+    txtPathEdit = lineEdit(txtGroup, "txtPathEdit", PathEdit::Takes::File);
+    selectTxtButton = button(txtGroup, "selectTxtButton", QStringLiteral("Seleccionar"),
+                             QStringLiteral("Seleccionar archivo CSV"));
     addFieldRow(form, QStringLiteral("Ruta del archivo:"), txtPathEdit, selectTxtButton);
 
     createSampleButton = button(txtGroup, "createSampleButton", QStringLiteral("Crear archivo de ejemplo"));
@@ -128,7 +129,8 @@ QGroupBox *PhotoRenamerGUI::buildRenamingGroup(QWidget *parent)
                  QStringLiteral("El nuevo nombre de cada foto es su posición: zona, este y norte."));
     layout->addWidget(renameCheck);
     prefixCheck = checkBox(group, "prefixCheck", QStringLiteral("Agregar prefijo al nombre"));
-    prefixEdit = lineEdit(group, "prefixEdit");
+    prefixEdit = lineEdit(group, "prefixEdit", PathEdit::Takes::Nothing);
+    prefixEdit->setAccessibleName(QStringLiteral("Prefijo"));
     for (QWidget *widget : std::initializer_list<QWidget *>{prefixCheck, prefixEdit})
         widget->setToolTip(QStringLiteral("Texto que se antepone al nombre del archivo."));
     auto *row = new QHBoxLayout;
@@ -146,9 +148,11 @@ QGroupBox *PhotoRenamerGUI::buildOutputGroup(QWidget *parent)
                                  QStringLiteral("Guardar fotos modificadas en una carpeta separada"),
                                  QStringLiteral("Las fotos originales quedan como están."));
     layout->addWidget(outputFolderCheck);
-    outputFolderEdit = lineEdit(group, "outputFolderEdit");
+    outputFolderEdit = lineEdit(group, "outputFolderEdit", PathEdit::Takes::Folder);
+    outputFolderEdit->setAccessibleName(QStringLiteral("Carpeta de salida"));
     outputFolderEdit->setToolTip(QStringLiteral("Carpeta en la que se guardan las fotos modificadas."));
-    selectOutputButton = button(group, "selectOutputButton", QStringLiteral("Seleccionar"));
+    selectOutputButton = button(group, "selectOutputButton", QStringLiteral("Seleccionar"),
+                                QStringLiteral("Seleccionar carpeta de salida"));
     layout->addLayout(fieldRow(outputFolderEdit, selectOutputButton));
     backupCheck =
         checkBox(group, "backupCheck", QStringLiteral("Realizar copia de seguridad de las fotos originales"),
@@ -194,7 +198,8 @@ QWidget *PhotoRenamerGUI::buildTextTab(QWidget *parent)
     fontSizeSpin->setKeyboardTracking(false);
     form->addRow(QStringLiteral("Tamaño de Fuente (ratio):"), fontSizeSpin);
     colorSwatch = swatch(group, "colorSwatch");
-    selectColorButton = button(group, "selectColorButton", QStringLiteral("Seleccionar Color"));
+    selectColorButton = button(group, "selectColorButton", QStringLiteral("Seleccionar Color"),
+                               QStringLiteral("Seleccionar color de fuente"));
     addFieldRow(form, QStringLiteral("Color de Fuente:"), colorSwatch, selectColorButton);
 
     const struct {
@@ -253,16 +258,19 @@ QWidget *PhotoRenamerGUI::buildCompassTab(QWidget *parent)
 
     QFormLayout *form = wrappingForm(group);
     compassPositionCombo = cornerCombo(group, "compassPositionCombo");
+    compassPositionCombo->setAccessibleName(QStringLiteral("Posición de la rosa"));
     form->addRow(QStringLiteral("Posición:"), compassPositionCombo);
     compassSizeSpin = ratioSpin(group, "compassSizeSpin", compassSizeRange,
                                 QStringLiteral("Tamaño de la rosa en proporción al lado menor de la foto."));
+    compassSizeSpin->setAccessibleName(QStringLiteral("Tamaño de la rosa (ratio)"));
     form->addRow(QStringLiteral("Tamaño (ratio):"), compassSizeSpin);
     compassStyleCombo = comboBox(group, "compassStyleCombo",
                                  {QStringLiteral("Estilo Puntos"), QStringLiteral("Estilo Graduado"),
                                   QStringLiteral("Clásico"), QStringLiteral("Numerado")});
     form->addRow(QStringLiteral("Estilo:"), compassStyleCombo);
     arrowColorSwatch = swatch(group, "arrowColorSwatch");
-    selectArrowColorButton = button(group, "selectArrowColorButton", QStringLiteral("Seleccionar Color"));
+    selectArrowColorButton = button(group, "selectArrowColorButton", QStringLiteral("Seleccionar Color"),
+                                    QStringLiteral("Seleccionar color de flecha"));
     addFieldRow(form, QStringLiteral("Color de Flecha:"), arrowColorSwatch, selectArrowColorButton);
     rotateCompassCheck =
         checkBox(group, "rotateCompassCheck", QStringLiteral("Rotar rosa (flecha siempre apunta arriba)"),

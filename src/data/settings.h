@@ -19,6 +19,6 @@ struct Settings {
     /// The values in the platform's settings store, as they stand; defaults for those that are missing.
     static Settings load();
 
-    /// Writes all three values to the store.
+    /// Writes all three values to the store, in a file that only its owner can read.
     void save() const;
 };
