@@ -34,6 +34,23 @@ public:
     }
 };
 
+// Asks for the whole height of its content. The base class stops at some lines, and keeps what it asked for
+// when the content grows.
+class FormArea : public QScrollArea
+{
+public:
+    using QScrollArea::QScrollArea;
+
+    QSize sizeHint() const override { return widget()->sizeHint(); }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::LayoutRequest)
+            updateGeometry();
+        return QScrollArea::eventFilter(watched, event);
+    }
+};
+
 void guardFromWheel(QWidget *widget)
 {
     widget->setFocusPolicy(Qt::StrongFocus);
@@ -107,6 +124,7 @@ QLabel *swatch(QWidget *parent, const char *name)
 QHBoxLayout *fieldRow(QWidget *first, QPushButton *button)
 {
     auto *row = new QHBoxLayout;
+    row->setSpacing(5);
     row->addWidget(first);
     row->addWidget(button);
     return row;
@@ -127,7 +145,7 @@ void addFieldRow(QFormLayout *form, const QString &label, QWidget *first, QPushB
 
 QScrollArea *scrollable(QWidget *content)
 {
-    auto *area = new QScrollArea(content->parentWidget());
+    auto *area = new FormArea(content->parentWidget());
     area->setFrameShape(QFrame::NoFrame);
     area->setFocusPolicy(Qt::NoFocus); // the widgets in it have it, and bring themselves into view
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

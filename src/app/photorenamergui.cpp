@@ -25,6 +25,9 @@ PhotoRenamerGUI::PhotoRenamerGUI(const ElevationAccess &elevationAccess)
 
 PhotoRenamerGUI::~PhotoRenamerGUI()
 {
+    // A field that loses the focus by its own end tells so; by then the window is none any more.
+    for (QWidget *widget : findChildren<QWidget *>())
+        widget->disconnect(this);
     qDeleteAll(findChildren<BackgroundJob *>(Qt::FindDirectChildrenOnly));
 }
 

@@ -138,14 +138,16 @@ QGroupBox *PhotoRenamerGUI::buildLogGroup(QWidget *parent)
 {
     auto *group = new QGroupBox(QStringLiteral("Log de Procesos"), parent);
     auto *layout = new QVBoxLayout(group);
-    layout->setContentsMargins(5, 5, 5, 5);
+    layout->setContentsMargins(1, 0, 1, 1);
     logView = new QTextEdit(group);
     logView->setObjectName(QStringLiteral("logView"));
     logView->setAccessibleName(group->title());
     logView->setReadOnly(true);
     logView->setTabChangesFocus(true);
     logView->setUndoRedoEnabled(false);
-    logView->setMinimumHeight(logView->fontMetrics().lineSpacing() * 5);
+    // It takes what the tabs leave, and never less than three lines.
+    logView->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    logView->setMinimumHeight(logView->fontMetrics().lineSpacing() * 3 + 10);
     layout->addWidget(logView);
     return group;
 }
@@ -156,6 +158,8 @@ QGroupBox *PhotoRenamerGUI::buildPreviewGroup(QWidget *parent)
     group->setObjectName(QStringLiteral("previewGroup"));
     group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     auto *layout = new QVBoxLayout(group);
+    layout->setContentsMargins(5, 5, 5, 5);
+    layout->setSpacing(5);
     previewLabel = new QLabel(
         QStringLiteral("Seleccione una carpeta con imágenes para activar la vista previa."), group);
     previewLabel->setObjectName(QStringLiteral("previewLabel"));
