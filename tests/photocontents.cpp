@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "batchfixture.h"
 #include "processing/exifreader.h"
 #include "processing/jpegheader.h"
+#include "support/batchfixture.h"
 
 #include <QColorSpace>
 #include <QDir>

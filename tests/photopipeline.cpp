@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "batchfixture.h"
+#include "support/batchfixture.h"
 
 #include <QDir>
 #include <QDirIterator>

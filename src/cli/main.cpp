@@ -22,10 +22,12 @@ ExitStatus runBatch(const BatchRequest &request, Console &console)
         request.directory, [&console](const QString &line) { console.log(line); },
         [&console](int done, int total) { console.progress(done, total); });
 
-    const auto [total, finished] = processor.summary();
-    if (finished == total)
+    const PhotoProcessor::Summary summary = processor.summary();
+    if (summary.finished == summary.total)
         return AllFinished;
-    console.error(QStringLiteral("Quedaron sin terminar %1 de %2 fotos.").arg(total - finished).arg(total));
+    console.error(QStringLiteral("Quedaron sin terminar %1 de %2 fotos.")
+                      .arg(summary.total - summary.finished)
+                      .arg(summary.total));
     return SomeLeft;
 }
 

@@ -6,9 +6,10 @@
 #include "render/uprightimage.h"
 
 #include <QColorSpace>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <algorithm>
 
 namespace
 {
@@ -46,32 +47,12 @@ void settleDensity(QImage &image, const PhotoMetadata &metadata)
     image.setDotsPerMeterY(dotsPerMeter.height());
 }
 
-// Calls `place` with the candidate names base, "base (1)", "base (2)", ... as `nameOf` forms them (0 for the
-// first) until one is not taken. Returns the name that was placed, or nothing on a real failure.
-template <typename NameOf, typename Place>
-std::optional<QString> placeUnderFreeName(const NameOf &nameOf, const Place &place)
-{
-    for (int counter = 0;; ++counter) {
-        const QString name = nameOf(counter);
-        switch (place(name)) {
-        case Placing::Done:
-            return name;
-        case Placing::Failed:
-            return std::nullopt;
-        case Placing::NameTaken:
-            break;
-        }
-    }
-}
-
 } // namespace
 
 PhotoPipeline::PhotoPipeline(const BatchRun &run, const QString &sourcePath)
     : m_run(run)
     , m_options(run.options)
-    , m_sourcePath(QFileInfo(sourcePath).absoluteFilePath())
-    , m_name(QFileInfo(sourcePath).fileName())
-    , m_workingPath(m_sourcePath)
+    , m_file(run, sourcePath, m_lines)
 {
     m_data.utm = fixedPosition;
 }
@@ -81,6 +62,21 @@ const QStringList &PhotoPipeline::lines() const
     return m_lines;
 }
 
+QString PhotoPipeline::failure(Outcome outcome) const
+{
+    if (outcome == Outcome::Left)
+        return m_lines.constLast();
+    const auto error = std::find_if(m_lines.crbegin(), m_lines.crend(), [](const QString &line) {
+        return line.startsWith(QLatin1String("Error"));
+    });
+    return error == m_lines.crend() ? QString() : *error;
+}
+
+const PhotoFile &PhotoPipeline::file() const
+{
+    return m_file;
+}
+
 void PhotoPipeline::write(const QString &line)
 {
     m_lines.append(line);
@@ -88,13 +84,13 @@ void PhotoPipeline::write(const QString &line)
 
 PhotoPipeline::Outcome PhotoPipeline::process()
 {
-    write(QStringLiteral("\nProcesando: ") + m_name);
-    if (!takeUp())
+    write(QStringLiteral("\nProcesando: ") + m_file.name());
+    if (!m_file.takeUp())
         return Outcome::Left;
     readMetadata();
     if (!settlePosition())
         return Outcome::Left;
-    if (m_options.renamePhotos && !rename())
+    if (m_options.renamePhotos && !m_file.rename(utmName()))
         return Outcome::Left;
     const std::optional<QImage> image = paintedImage();
     if (!image)
@@ -102,94 +98,14 @@ PhotoPipeline::Outcome PhotoPipeline::process()
     return save(*image);
 }
 
-bool PhotoPipeline::takeUp()
-{
-    if (m_options.useOutputFolder && !copyToOutputFolder())
-        return false;
-    m_stamp = FileStamp::of(m_workingPath);
-    if (!m_options.useOutputFolder && m_options.createBackup)
-        backUp();
-    return true;
-}
-
-QString PhotoPipeline::relativeFolder() const
-{
-    return QDir(m_run.directory).relativeFilePath(QFileInfo(m_sourcePath).absolutePath());
-}
-
-bool PhotoPipeline::copyToOutputFolder()
-{
-    const QString folder = QDir::cleanPath(m_options.outputFolder + QLatin1Char('/') + relativeFolder());
-    const QString target = folder + QLatin1Char('/') + m_name;
-    if (isEarlierResult() || isPhotoOfRun(target)) {
-        write(QStringLiteral("Omitiendo archivo, la ruta de origen y destino son la misma."));
-        return false;
-    }
-    if (!QDir().mkpath(folder)) {
-        write(QStringLiteral("Error: No se pudo crear la estructura de directorios de salida: ") + folder);
-        return false;
-    }
-    QFile::remove(target);
-    if (m_run.placer.copy(m_sourcePath, target) != Placing::Done) {
-        write(QStringLiteral("Error: No se pudo copiar el archivo a la carpeta de salida: ") + target);
-        return false;
-    }
-    // A copy of a write-protected photo, from a memory card or a disc, is still ours to write.
-    QFile::setPermissions(target, QFile::permissions(target) | QFile::WriteOwner | QFile::WriteUser);
-    m_workingPath = QFileInfo(target).absoluteFilePath();
-    write(QStringLiteral("Copiado a la carpeta de salida: ") + target);
-    return true;
-}
-
-// Whether this photo lies in an output folder inside the root, where an earlier run has put it.
-bool PhotoPipeline::isEarlierResult() const
-{
-    return m_run.outputInsideRoot &&
-           canonicalPath(m_sourcePath).startsWith(canonicalPath(m_options.outputFolder) + u'/');
-}
-
-// Whether `target` is a photo that this run must not delete: this one, also when only a link leads from one
-// path to the other, or another photo of the run.
-bool PhotoPipeline::isPhotoOfRun(const QString &target) const
-{
-    const QString canonicalTarget = canonicalPath(target);
-    if (canonicalTarget == canonicalPath(m_sourcePath))
-        return true;
-    const QString root = canonicalPath(m_run.directory) + u'/';
-    return !m_run.outputInsideRoot && canonicalTarget.startsWith(root) &&
-           m_run.photos.contains(m_run.directory + u'/' + canonicalTarget.mid(root.size()));
-}
-
-void PhotoPipeline::backUp()
-{
-    QString folder = QDir(m_run.directory).filePath(QStringLiteral("Backup"));
-    const QString relative = relativeFolder();
-    if (!relative.isEmpty() && relative != QLatin1String("."))
-        folder += QLatin1Char('/') + relative;
-    QDir().mkpath(folder);
-
-    const QFileInfo photo(m_name);
-    const auto nameOf = [&photo](int counter) {
-        const QString number = counter == 0 ? QString() : QStringLiteral("(%1)").arg(counter);
-        return QStringLiteral("%1_backup%2.%3").arg(photo.baseName(), number, photo.suffix());
-    };
-    const auto place = [&](const QString &name) {
-        return m_run.placer.copy(m_sourcePath, QDir(folder).filePath(name));
-    };
-    if (const std::optional<QString> name = placeUnderFreeName(nameOf, place))
-        write(QStringLiteral("Backup creado: ") + QDir(folder).filePath(*name));
-    else
-        write(QStringLiteral("Error creando backup de ") + m_name);
-}
-
 void PhotoPipeline::readMetadata()
 {
-    write(QStringLiteral("Intentando leer EXIF desde (nativo original): ") + nativePath(m_sourcePath));
+    write(QStringLiteral("Intentando leer EXIF desde (nativo original): ") + nativePath(m_file.sourcePath()));
     QString error;
-    if (std::optional<PhotoMetadata> metadata = readPhotoMetadata(m_sourcePath, &error))
+    if (std::optional<PhotoMetadata> metadata = readPhotoMetadata(m_file.sourcePath(), &error))
         m_metadata = std::move(*metadata);
     else
-        write(QStringLiteral("Error leyendo metadata original para ") + m_name);
+        write(QStringLiteral("Error leyendo metadata original para ") + m_file.name());
     m_data.exifOrientation = m_metadata.orientation();
 
     if (const std::optional<QDateTime> date = captureDateOf(m_metadata)) {
@@ -197,7 +113,7 @@ void PhotoPipeline::readMetadata()
         return;
     }
     m_data.dateTime = QDateTime::currentDateTime();
-    write(QStringLiteral("Fecha de captura no encontrada en metadata para ") + m_name +
+    write(QStringLiteral("Fecha de captura no encontrada en metadata para ") + m_file.name() +
           QStringLiteral(". Usando fecha/hora actual."));
 }
 
@@ -213,7 +129,7 @@ void PhotoPipeline::settlePositionFromExif()
 {
     const std::optional<GpsData> gps = gpsOf(m_metadata);
     if (!gps) {
-        write(QStringLiteral("Datos GPS no encontrados en EXIF para ") + m_name +
+        write(QStringLiteral("Datos GPS no encontrados en EXIF para ") + m_file.name() +
               QStringLiteral(". Usando coords fijas."));
         return;
     }
@@ -228,9 +144,9 @@ void PhotoPipeline::settlePositionFromExif()
 
 bool PhotoPipeline::settlePositionFromTable()
 {
-    const auto row = m_run.table ? m_run.table->constFind(m_name) : CoordinatesTable::const_iterator();
+    const auto row = m_run.table ? m_run.table->constFind(m_file.name()) : CoordinatesTable::const_iterator();
     if (!m_run.table || row == m_run.table->constEnd()) {
-        write(QStringLiteral("Coordenadas UTM no encontradas en archivo TXT para ") + m_name);
+        write(QStringLiteral("Coordenadas UTM no encontradas en archivo TXT para ") + m_file.name());
         return false;
     }
     m_data.utm = *row;
@@ -257,48 +173,18 @@ bool PhotoPipeline::settlePositionFromTable()
     return true;
 }
 
-bool PhotoPipeline::rename()
+QString PhotoPipeline::utmName() const
 {
     const UtmPosition &utm = m_data.utm;
-    QString utmName = formatUtm(utm.zone, utm.zoneLetter, utm.easting, utm.northing);
-    if (m_options.usePrefix)
-        utmName.prepend(m_options.prefix);
-
-    const QFileInfo working(m_workingPath);
-    const auto nameOf = [&utmName](int counter) {
-        return counter == 0 ? utmName + QStringLiteral(".jpg")
-                            : QStringLiteral("%1 (%2).jpg").arg(utmName, QString::number(counter));
-    };
-    const auto place = [&](const QString &name) {
-        if (name.contains(QLatin1Char('/')))
-            return Placing::Failed; // a prefix may not lead out of the folder
-        if (isReserved(name))
-            return Placing::NameTaken;
-        return m_run.placer.rename(m_workingPath, working.dir().filePath(name));
-    };
-    const std::optional<QString> newName = placeUnderFreeName(nameOf, place);
-    if (!newName) {
-        write(QStringLiteral("Error renombrando ") + working.fileName());
-        return false;
-    }
-    m_workingPath = working.dir().filePath(*newName);
-    write(QStringLiteral("Renombrado: ") + working.fileName() + QStringLiteral(" a ") + *newName);
-    return true;
-}
-
-// In the output folder every photo first arrives under its own name and takes the place of an earlier result.
-// That name must not be given to another photo meanwhile.
-bool PhotoPipeline::isReserved(const QString &fileName) const
-{
-    return m_options.useOutputFolder &&
-           m_run.photos.contains(QFileInfo(m_sourcePath).dir().filePath(fileName));
+    const QString name = formatUtm(utm.zone, utm.zoneLetter, utm.easting, utm.northing);
+    return m_options.usePrefix ? m_options.prefix + name : name;
 }
 
 std::optional<QImage> PhotoPipeline::paintedImage()
 {
-    QImage image = readImage(m_workingPath, m_run.buffers);
+    QImage image = readImage(m_file.path(), m_run.buffers);
     if (image.isNull()) {
-        write(QStringLiteral("Error al abrir la imagen: ") + m_workingPath);
+        write(QStringLiteral("Error al abrir la imagen: ") + m_file.path());
         return std::nullopt;
     }
     settleDensity(image, m_metadata);
@@ -322,7 +208,7 @@ bool PhotoPipeline::writesFreshTags() const
 
 PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
 {
-    const QFileInfo working(m_workingPath);
+    const QFileInfo working(m_file.path());
     const int storedOrientation = m_metadata.orientation();
     if (writesFreshTags()) {
         write(QStringLiteral("Generando nuevos metadatos EXIF desde datos TXT para ") + working.fileName());
@@ -339,21 +225,21 @@ PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
         encodedImage(image, working.suffix(), m_options.jpegQuality, &imageError);
     if (!contents) {
         // The file keeps its pixels as they were stored, and has to say how.
-        contents = contentsOf(m_workingPath);
+        contents = contentsOf(m_file.path());
         if (storedOrientation != 1)
             m_metadata.exif["Exif.Image.Orientation"] = static_cast<uint16_t>(storedOrientation);
     }
     if (std::optional<QByteArray> complete = withMetadata(*contents, m_metadata, &metadataError))
         contents = std::move(complete);
     QString writeError;
-    if (!replaceContents(m_workingPath, *contents, m_stamp, &writeError)) {
+    if (!m_file.replace(*contents, &writeError)) {
         imageError = imageError.isEmpty() ? writeError : imageError;
         metadataError = metadataError.isEmpty() ? writeError : metadataError;
     }
 
     if (!imageError.isEmpty())
         write(QStringLiteral("Error guardando la imagen: ") + imageError);
-    write(QStringLiteral("Intentando escribir EXIF a (nativo): ") + nativePath(m_workingPath));
+    write(QStringLiteral("Intentando escribir EXIF a (nativo): ") + nativePath(m_file.path()));
     if (metadataError.isEmpty())
         write(QStringLiteral("Metadatos escritos para ") + working.fileName());
     else

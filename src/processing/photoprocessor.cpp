@@ -10,6 +10,8 @@
 #include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QHash>
+#include <QMutex>
 #include <QThread>
 #include <QThreadPool>
 #include <QtConcurrentMap>
@@ -53,6 +55,53 @@ PhotoPipeline::Outcome processGuarded(PhotoPipeline &pipeline, const QString &pa
         return PhotoPipeline::Outcome::Left;
     }
 }
+
+// What becomes of the photos of a run. Safe to use from several threads.
+class SummaryCounter
+{
+public:
+    explicit SummaryCounter(const QStringList &photos)
+        : m_photos(photos)
+    {
+        m_summary.total = static_cast<int>(photos.size());
+    }
+
+    void count(PhotoPipeline::Outcome outcome, const PhotoPipeline &pipeline)
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_summary.backupsFailed += pipeline.file().backupFailed() ? 1 : 0;
+        switch (outcome) {
+        case PhotoPipeline::Outcome::Finished:
+            ++m_summary.finished;
+            return;
+        case PhotoPipeline::Outcome::Left:
+            ++m_summary.left;
+            break;
+        case PhotoPipeline::Outcome::NotSaved:
+            ++m_summary.notSaved;
+            break;
+        }
+        m_leftPhotos.insert(
+            pipeline.file().sourcePath(),
+            {pipeline.file().sourcePath(), pipeline.file().path(), pipeline.failure(outcome)});
+    }
+
+    PhotoProcessor::Summary summary() const
+    {
+        PhotoProcessor::Summary summary = m_summary;
+        for (const QString &photo : m_photos) {
+            if (const auto left = m_leftPhotos.constFind(photo); left != m_leftPhotos.constEnd())
+                summary.leftPhotos.append(*left);
+        }
+        return summary;
+    }
+
+private:
+    const QStringList &m_photos;
+    QMutex m_mutex;
+    PhotoProcessor::Summary m_summary;
+    QHash<QString, PhotoProcessor::LeftPhoto> m_leftPhotos;
+};
 
 // Whether `folder` is `root` or lies inside it.
 bool liesWithin(const QString &folder, const QString &root)
@@ -142,7 +191,7 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
         progress(0, total);
     LogSlots logSlots(total);
     std::atomic<int> done = 0;
-    std::atomic<int> finished = 0;
+    SummaryCounter counter(photos);
     const BatchRun run{m_options,
                        log,
                        QDir(directory).absolutePath(),
@@ -158,10 +207,9 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
                   const size_t slot = logSlots.take();
                   PhotoPipeline pipeline(run, path);
                   const PhotoPipeline::Outcome outcome = processGuarded(pipeline, path);
+                  counter.count(outcome, pipeline);
                   if (outcome == PhotoPipeline::Outcome::Left)
                       return;
-                  if (outcome == PhotoPipeline::Outcome::Finished)
-                      ++finished;
                   const int doneNow = done.fetch_add(1) + 1;
                   if (progress)
                       progress(doneNow, total);
@@ -169,7 +217,7 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
               });
 
     logSlots.flush(log);
-    m_summary = {total, finished};
+    m_summary = counter.summary();
     log(QStringLiteral("Se procesaron %1 fotos en %2.")
             .arg(QString::number(total), elapsedText(timer.elapsed())));
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "processing/filesafety.h"
+#include "files/safewrite.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -124,4 +124,13 @@ bool replaceContents(const QString &path, const QByteArray &contents, const File
         return false;
     }
     return true;
+}
+
+bool writeWhole(const QString &path, const QByteArray &contents, QString *error)
+{
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && writeAll(file, contents) && file.flush() && file.commit())
+        return true;
+    *error = file.errorString();
+    return false;
 }

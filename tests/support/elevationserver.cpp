@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "elevationserver.h"
+#include "support/elevationserver.h"
 
 #include <QHttpServer>
 #include <QMutexLocker>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "processing/filesafety.h"
+#include "files/safewrite.h"
 
 #include "photofiles.h"
 
@@ -13,7 +13,7 @@
 #include <vector>
 
 /// Files are placed and replaced without ever taking another one's place.
-class FileSafetyTest : public QObject
+class SafeWriteTest : public QObject
 {
     Q_OBJECT
 
@@ -33,14 +33,14 @@ private:
     FilePlacer m_placer;
 };
 
-void FileSafetyTest::init()
+void SafeWriteTest::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     writeText(path("a"), "A");
     writeText(path("b"), "B");
 }
 
-void FileSafetyTest::placesOnlyUnderFreeNames()
+void SafeWriteTest::placesOnlyUnderFreeNames()
 {
     QCOMPARE(m_placer.rename(path("a"), path("b")), Placing::NameTaken);
     QCOMPARE(m_placer.copy(path("a"), path("b")), Placing::NameTaken);
@@ -58,7 +58,7 @@ void FileSafetyTest::placesOnlyUnderFreeNames()
     QCOMPARE(bytesOf(path("d")), "B");
 }
 
-void FileSafetyTest::givesOneNameToOneThread()
+void SafeWriteTest::givesOneNameToOneThread()
 {
     constexpr int rounds = 200;
     constexpr int threadCount = 4;
@@ -87,7 +87,7 @@ void FileSafetyTest::givesOneNameToOneThread()
     QCOMPARE(names().size(), 2 + rounds * threadCount + rounds / 2);
 }
 
-void FileSafetyTest::replacesInOneStep()
+void SafeWriteTest::replacesInOneStep()
 {
     QFile::setPermissions(path("a"), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther);
     const QFile::Permissions permissions = QFile::permissions(path("a"));
@@ -98,14 +98,14 @@ void FileSafetyTest::replacesInOneStep()
     QCOMPARE(names().size(), 2);
 }
 
-void FileSafetyTest::leavesStrangersAlone_data()
+void SafeWriteTest::leavesStrangersAlone_data()
 {
     QTest::addColumn<QString>("event");
     for (const char *event : {"changed", "replaced", "gone"})
         QTest::newRow(event) << QString::fromLatin1(event);
 }
 
-void FileSafetyTest::leavesStrangersAlone()
+void SafeWriteTest::leavesStrangersAlone()
 {
     QFETCH(QString, event);
     const FileStamp stamp = FileStamp::of(path("a"));
@@ -130,5 +130,5 @@ void FileSafetyTest::leavesStrangersAlone()
     QCOMPARE(QDir(m_folder->path()).entryList({QStringLiteral("a?*")}, QDir::Files).size(), 0);
 }
 
-QTEST_GUILESS_MAIN(FileSafetyTest)
-#include "filesafety.moc"
+QTEST_GUILESS_MAIN(SafeWriteTest)
+#include "safewrite.moc"

@@ -59,3 +59,7 @@ QString canonicalPath(const QString &path);
 /// the file is still as `stamp` says. Otherwise, or when it cannot be written, leaves everything as it is,
 /// gives the reason in `error` and returns false.
 bool replaceContents(const QString &path, const QByteArray &contents, const FileStamp &stamp, QString *error);
+
+/// Writes the file `path` whole or not at all: when it fails, what was there is still there, with the reason
+/// in `error`. For files that are made anew by the user's wish (a profile, a table).
+bool writeWhole(const QString &path, const QByteArray &contents, QString *error);
