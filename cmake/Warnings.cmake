@@ -13,6 +13,9 @@ function(velmaro_compile_settings target)
             endif()
             target_compile_options(${target} PRIVATE -fsanitize=${sanitizers} -fno-sanitize-recover=all
                 -fno-omit-frame-pointer)
+            if(VELMARO_SANITIZE STREQUAL "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+                target_compile_options(${target} PRIVATE -Wno-tsan) # fences of the standard library's headers
+            endif()
             target_link_options(${target} PRIVATE -fsanitize=${sanitizers})
         endif()
     endif()
