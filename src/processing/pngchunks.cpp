@@ -282,7 +282,8 @@ QByteArray pngWithMetadata(const QByteArray &picture, const PngMetadata &metadat
     whole.reserve(picture.size() + metadata.before.size() + metadata.behind.size());
     whole.append(signature);
     bool beforePixels = true;
-    for (const PngChunk &each : PngChunks(picture).list()) {
+    const PngChunks own(picture);
+    for (const PngChunk &each : own.list()) {
         if (each.type == "IDAT" && beforePixels) {
             whole.append(metadata.before);
             beforePixels = false;
