@@ -97,7 +97,7 @@ void ExifTagsTest::readsPosition()
     const QString path = m_folder.filePath(QStringLiteral("gps.jpg"));
     writePhoto(path, plainImage({8, 8}), changed(gpsTags(), changes));
 
-    const std::optional<GpsData> gps = readGps(path);
+    const std::optional<GpsData> gps = readPhotoTags(path).gps;
     QCOMPARE(gps.has_value(), found);
     if (!found)
         return;
@@ -138,16 +138,16 @@ void ExifTagsTest::readsCaptureDate()
     QFETCH(QDateTime, date);
     const QString path = m_folder.filePath(QStringLiteral("date.jpg"));
     writePhoto(path, plainImage({8, 8}), tags);
-    QCOMPARE(readCaptureDate(path).value_or(QDateTime()), date);
+    QCOMPARE(readPhotoTags(path).captureDate.value_or(QDateTime()), date);
 }
 
 void ExifTagsTest::opensAnyPath()
 {
     const QString path = m_folder.filePath(QStringLiteral("año nuevo 🌋 ñandú.jpg"));
     writePhoto(path, plainImage({8, 8}), gpsTags());
-    QVERIFY(readGps(path).has_value());
-    QVERIFY(!readGps(m_folder.filePath(QStringLiteral("missing.jpg"))).has_value());
-    QVERIFY(!readCaptureDate(QString()).has_value());
+    QVERIFY(readPhotoTags(path).gps.has_value());
+    QVERIFY(!readPhotoTags(m_folder.filePath(QStringLiteral("missing.jpg"))).gps.has_value());
+    QVERIFY(!readPhotoTags(QString()).captureDate.has_value());
 }
 
 void ExifTagsTest::writesFreshTags()
