@@ -125,10 +125,10 @@ void ExifTagsTest::writesFreshTags()
         {std::numeric_limits<double>::quiet_NaN(), "0/100", "0/100"},
     };
     for (const auto &each : numbers) {
-        const QByteArray tags = written({{each.number, each.number}, each.number, each.number, QDateTime()}).join('
-');
-        QVERIFY2(tags.contains("GPSInfo.GPSImgDirection Rational " + each.direction), tags.constData());
-        QVERIFY2(tags.contains("GPSInfo.GPSAltitude Rational " + each.altitude), tags.constData());
+        const double number = each.number;
+        const QByteArrayList tags = written({{number, number}, number, number, QDateTime()});
+        QVERIFY(tags.contains(QByteArray("GPSInfo.GPSImgDirection Rational ").append(each.direction)));
+        QVERIFY(tags.contains(QByteArray("GPSInfo.GPSAltitude Rational ").append(each.altitude)));
     }
 }
 
