@@ -3,12 +3,12 @@
 
 CoordinatesTable CoordinatesCache::table(const QString &path)
 {
-    // Taken before the file is read: what is written meanwhile makes the stamp an old one.
-    const FileStamp stamp = FileStamp::of(path);
-    if (path != m_path || !(stamp == m_stamp)) {
+    if (path != m_path || !m_stamp.isStill(path)) {
+        // Taken before the file is read: what is written meanwhile makes the stamp an old one.
+        m_stamp = FileStamp::of(path);
+        m_stamp.letGo();
         m_table = readCoordinatesFile(path, [](const QString &) {});
         m_path = path;
-        m_stamp = stamp;
     }
     return m_table;
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "data/coordinatesfile.h"
-#include "files/safewrite.h"
+#include "files/filestamp.h"
 
 #include <QString>
 

@@ -4,7 +4,6 @@
 #include "data/samplefile.h"
 #include "files/safewrite.h"
 #include "processing/exifreader.h"
-#include "processing/photometadata.h"
 #include "processing/photowalk.h"
 #include "render/geodesy.h"
 
@@ -17,16 +16,13 @@ namespace
 SampleRow rowFromExif(const QString &path)
 {
     SampleRow row;
-    QString error;
-    const std::optional<PhotoMetadata> metadata = readPhotoMetadata(path, &error);
-    if (!metadata)
-        return row;
-    if (const std::optional<GpsData> gps = gpsOf(*metadata)) {
-        row.position = latLonToUtm(gps->latitude, gps->longitude);
-        row.orientation = gps->orientation;
-        row.altitude = gps->altitude;
+    const PhotoTags tags = readPhotoTags(path);
+    if (tags.gps) {
+        row.position = latLonToUtm(tags.gps->latitude, tags.gps->longitude);
+        row.orientation = tags.gps->orientation;
+        row.altitude = tags.gps->altitude;
     }
-    row.dateTime = captureDateOf(*metadata).value_or(QDateTime());
+    row.dateTime = tags.captureDate.value_or(QDateTime());
     return row;
 }
 
