@@ -41,6 +41,9 @@ public:
     /// Breaks off a job that is still running, and waits for its end: photos are never left in the middle.
     ~PhotoRenamerGUI() override;
 
+    /// The run that the widgets ask for.
+    RunRequest currentRequest() const;
+
 protected:
     bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -104,7 +107,6 @@ private:
     // The state of the widgets as one value, and back.
     Preset presetFromWidgets() const;
     void applyPreset(const Preset &preset);
-    RunRequest currentRequest() const;
     void chooseLogo(const QString &path);
     void chooseFont(const QString &path);
     void setLogoPath(const QString &path);
@@ -209,10 +211,10 @@ private:
     QColor arrowColor = Qt::red;
 
     PhotoBrowser browser;
-    QTimer typingTimer; ///< runs while a path is being typed that takes long to list
+    QTimer typingTimer{this}; ///< runs while a path is being typed that takes long to list
     bool directoryTyped = false;
     QPixmap previewPixmap;    ///< the last good preview, at full size
-    QTimer previewTimer;      ///< runs while changes come that take long to draw
+    QTimer previewTimer{this};      ///< runs while changes come that take long to draw
     qint64 previewTook = 0;   ///< milliseconds, the last time
     bool holdPreview = false; ///< the preview waits until several changes are made
     CoordinatesCache coordinates;

@@ -40,6 +40,7 @@ void PhotoRenamerGUI::startProcess()
     try {
         startBatch(request);
     } catch (const std::exception &exception) {
+        batch = nullptr;
         const QString reason = QString::fromLocal8Bit(exception.what());
         appendLog(QStringLiteral("Error durante el proceso: ") + reason);
         showError(QStringLiteral("Ocurrió un error: ") + reason);
@@ -51,6 +52,7 @@ void PhotoRenamerGUI::startBatch(const RunRequest &request)
     appendLog(QStringLiteral("Iniciando el proceso de renombrado y modificación de fotos..."));
     tell(QStringLiteral("Procesando fotos..."));
     auto *job = new BackgroundJob(QStringLiteral("Procesando fotos..."), logView, this);
+    batch = job;
     progressDialog = job->dialog();
     progressDialog->setObjectName(QStringLiteral("progressDialog"));
     disableKeepingFocus(startButton, logView);
@@ -71,7 +73,6 @@ void PhotoRenamerGUI::startBatch(const RunRequest &request)
         processor.renamePhotosWithUTM(directory, log, progress);
         *summary = processor.summary();
     };
-    batch = job;
     job->start(work, [this, summary] { onBatchFinished(*summary); });
 }
 

@@ -51,6 +51,7 @@ void PhotoRenamerGUI::buildUi()
     applyStartValues();
     for (QTimer *timer : {&previewTimer, &typingTimer})
         timer->setSingleShot(true);
+    previewTimer.setObjectName(QStringLiteral("previewTimer"));
     previewTimer.setInterval(150);
     typingTimer.setInterval(400);
     fitIntoScreen();
