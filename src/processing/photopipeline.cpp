@@ -7,7 +7,6 @@
 #include "render/uprightimage.h"
 
 #include <QColorSpace>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -23,12 +22,6 @@ QString general(double number)
 QString nativePath(const QString &path)
 {
     return QString::fromStdString(qPathToNativeStdString(path));
-}
-
-QByteArray contentsOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // The density that a camera's photo has in its tags alone must not be contradicted by one that the writer
@@ -90,6 +83,7 @@ void PhotoPipeline::write(const QString &line)
 PhotoPipeline::Outcome PhotoPipeline::process()
 {
     write(QStringLiteral("\nProcesando: ") + m_file.name());
+    m_source = m_file.read().value_or(QByteArray());
     if (!m_file.takeUp())
         return Outcome::Left;
     const PhotoMetadata metadata = readSource();
@@ -110,7 +104,6 @@ PhotoPipeline::Outcome PhotoPipeline::process()
 PhotoMetadata PhotoPipeline::readSource()
 {
     write(QStringLiteral("Intentando leer EXIF desde (nativo original): ") + nativePath(m_file.sourcePath()));
-    m_source = contentsOf(m_file.sourcePath());
     QString error;
     const std::optional<PhotoMetadata> metadata = readMetadata(m_source, &error);
     if (!error.isEmpty())
