@@ -23,6 +23,10 @@ public:
     const QString &path() const { return m_path; }             ///< of the file that is changed and saved
     QString nowAt() const { return m_waiting ? m_sourcePath : m_path; } ///< where that is, failing its copy
     bool backupFailed() const { return m_backupFailed; }
+    bool isWaiting() const
+    {
+        return m_waiting != nullptr;
+    }                                                    ///< nothing is at `path` yet but an earlier result
     const QString &trouble() const { return m_trouble; } ///< why the last step failed; may be empty
 
     /// The contents of the original, and with them the moment from which on nobody else may change it.
