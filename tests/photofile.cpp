@@ -115,7 +115,10 @@ void PhotoFileTest::keepsAPhotoWholeOnAFullDisk()
         const bool output = QByteArray(way).contains("output");
         m_options.createBackup = qstrcmp(way, "with backup") == 0;
         m_options.useOutputFolder = output;
-        for (qint64 bytes = 0; bytes <= result.size(); bytes += bytes + 500 < result.size() ? 499 : 1) {
+        const auto next = [&](qint64 bytes) {
+            return bytes < result.size() - 1 ? qMin(bytes + 499, result.size() - 1) : bytes + 1;
+        };
+        for (qint64 bytes = 0; bytes <= result.size(); bytes = next(bytes)) {
             QDir(m_root).removeRecursively();
             m_options.outputFolder = path(QStringLiteral("salida"));
             QDir(m_options.outputFolder).removeRecursively();
