@@ -236,7 +236,8 @@ void VelmaroLoteTest::tellsWhatWasLeft()
     writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({16, 16}));
     writeText(photos() + QStringLiteral("/sub/b.jpg"), "no image");
     QFile::copy(photos() + QStringLiteral("/a.jpg"), path("c"));
-    QCOMPARE(rename(QFile::encodeName(path("c")), QFile::encodeName(photos()) + "/\xf1.jpg"), 0);
+    const QByteArray unreadable = QFile::encodeName(photos()) + QByteArray("/\xf1.jpg");
+    QCOMPARE(rename(QFile::encodeName(path("c")).constData(), unreadable.constData()), 0);
     writeText(photos() + QStringLiteral("/Backup"), "no folder");
     QCOMPARE(run({photos(), QStringLiteral("--subcarpetas")}), 1);
     const QString now = photos() + QStringLiteral("/sub/19J 500000 6000000.jpg");
@@ -262,8 +263,7 @@ void VelmaroLoteTest::goesOnWithoutListeners()
             {QStringLiteral("-c"), QStringLiteral("'%1' '%2' --sin-respaldo %3; exit ${PIPESTATUS[0]}")
                                        .arg(QStringLiteral(VELMARO_LOTE), photos(), QLatin1String(way))});
         QVERIFY(shell.waitForFinished());
-        QCOMPARE(shell.exitCode(),
-                 QByteArray(way) == "> /dev/full" || QByteArray(way).contains(">&-") ? 1 : 0);
+        QCOMPARE(shell.exitCode(), QByteArray(way) == "> /dev/full" ? 1 : 0);
         const QStringList found = QDir(photos()).entryList(QDir::Files);
         QCOMPARE(found.size(), count);
         for (const QString &name : found) {
