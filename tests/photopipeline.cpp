@@ -5,13 +5,6 @@
 #include <QDirIterator>
 #include <QTest>
 
-namespace
-{
-
-const QString fixedName = QStringLiteral("19J 500000 6000000");
-
-} // namespace
-
 /// What a run makes of the photos of a folder.
 class PhotoPipelineTest : public BatchFixture
 {
@@ -21,11 +14,7 @@ private slots:
     void init() { startOver(); }
     void tellsEveryStep();
     void takesRowsOfTheTable();
-    void numbersNames();
     void leavesPhotos();
-    void mirrorsTheTree();
-    void keepsEarlierResultsAndOriginals();
-    void losesNoPhotoToANameRace();
 
 private:
     QStringList files(const QString &folder = {}) const;
@@ -138,21 +127,6 @@ Se procesaron 3 fotos en 0s.)");
     QCOMPARE(tagOf(c, "Exif.Photo.DateTimeOriginal"), "2024:03:05 14:07:09");
 }
 
-void PhotoPipelineTest::numbersNames()
-{
-    const QString jpg = QStringLiteral(".jpg");
-    writePhoto(m_root + u'/' + fixedName + jpg, plainImage({16, 16}));
-    QDir().mkpath(m_root + QStringLiteral("/Backup"));
-    writeText(m_root + u'/' + QStringLiteral("Backup/") + fixedName + QStringLiteral("_backup.jpg"), "older");
-    m_options.createBackup = true;
-    run();
-    QCOMPARE(files(), QStringList({fixedName + QStringLiteral(" (1).jpg"),
-                                   QStringLiteral("Backup/") + fixedName + QStringLiteral("_backup(1).jpg"),
-                                   QStringLiteral("Backup/") + fixedName + QStringLiteral("_backup.jpg")}));
-    QCOMPARE(bytesOf(m_root + QStringLiteral("/Backup/") + fixedName + QStringLiteral("_backup.jpg")),
-             "older");
-}
-
 void PhotoPipelineTest::leavesPhotos()
 {
     const QString photo = m_root + QStringLiteral("/a.jpg");
@@ -180,114 +154,6 @@ void PhotoPipelineTest::leavesPhotos()
     m_options.useExif = true;
     writeText(photo, "no image at all");
     QVERIFY(isLeft());
-}
-
-void PhotoPipelineTest::mirrorsTheTree()
-{
-    const QString deep = QStringLiteral("uno/dos");
-    QDir(m_root).mkpath(deep);
-    QDir(m_root).mkpath(QStringLiteral("Backup"));
-    writePhoto(m_root + QStringLiteral("/A.JPG"), plainImage({16, 16}));
-    writePhoto(m_root + u'/' + deep + QStringLiteral("/b.png"), plainImage({16, 16}));
-    writePhoto(m_root + QStringLiteral("/Backup/old.jpg"), plainImage({16, 16}));
-    QVERIFY(QFile::link(m_root + QStringLiteral("/A.JPG"), m_root + QStringLiteral("/link.jpg")));
-    m_options.includeSubfolders = true;
-    m_options.useOutputFolder = true;
-    m_options.outputFolder = path(QStringLiteral("salida"));
-    const QStringList before = files();
-    run();
-    const QStringList results({fixedName + QStringLiteral(".jpg"),
-                               QStringLiteral("uno/dos/") + fixedName + QStringLiteral(".jpg")});
-    QCOMPARE(files(m_options.outputFolder), results);
-    QCOMPARE(files(), before);
-
-    // The same in place, with backups.
-    m_options.useOutputFolder = false;
-    m_options.createBackup = true;
-    run();
-    QCOMPARE(files(),
-             QStringList({results[0], QStringLiteral("Backup/A_backup.JPG"), QStringLiteral("Backup/old.jpg"),
-                          QStringLiteral("Backup/uno/dos/b_backup.png"), results[1]}));
-    QCOMPARE(m_summary.total, 2);
-}
-
-void PhotoPipelineTest::keepsEarlierResultsAndOriginals()
-{
-    writePhoto(m_root + QStringLiteral("/a.jpg"), plainImage({16, 16}));
-    m_options.renamePhotos = false;
-    m_options.includeSubfolders = true;
-    m_options.useOutputFolder = true;
-
-    // A second run into an output folder inside the root replaces the copy and leaves the results out.
-    m_options.outputFolder = m_root + QStringLiteral("/salida");
-    run();
-    const QStringList tree({QStringLiteral("a.jpg"), QStringLiteral("salida/.velmaro-resultados"),
-                            QStringLiteral("salida/a.jpg")});
-    QCOMPARE(files(), tree);
-    run();
-    QCOMPARE(files(), tree);
-    QCOMPARE(m_summary.total, 2);
-    QCOMPARE(m_summary.finished, 1);
-
-    // What lies there and is no result, or was changed since, is an original.
-    writePhoto(m_root + QStringLiteral("/salida/a.jpg"), plainImage({32, 16}));
-    run();
-    QCOMPARE(QImage(m_root + QStringLiteral("/salida/a.jpg")).width(), 32);
-    QCOMPARE(m_summary.finished, 0);
-
-    // The root as output folder, also behind a link, would delete the photo before it is copied.
-    const QByteArray original = bytesOf(m_root + QStringLiteral("/a.jpg"));
-    QVERIFY(QFile::link(m_root, path(QStringLiteral("acceso"))));
-    for (const QString &output : {m_root, path(QStringLiteral("acceso"))}) {
-        m_options.outputFolder = output;
-        run();
-        QCOMPARE(bytesOf(m_root + QStringLiteral("/a.jpg")), original);
-        QCOMPARE(m_summary.finished, 0);
-    }
-
-    // Nor may a photo of one folder replace a photo of another folder of the run.
-    QDir(m_root).mkpath(QStringLiteral("fotos"));
-    writePhoto(m_root + QStringLiteral("/fotos/a.jpg"), plainImage({20, 20}));
-    m_options.outputFolder = m_folder->path();
-    run();
-    QCOMPARE(bytesOf(m_root + QStringLiteral("/a.jpg")), original);
-    QVERIFY(QFile::exists(path(QStringLiteral("a.jpg"))));
-}
-
-void PhotoPipelineTest::losesNoPhotoToANameRace()
-{
-    constexpr int count = 300;
-    QSet<QRgb> colours;
-    for (int i = 0; i < count; ++i) {
-        // The names of some photos are those that others will get.
-        const QString name =
-            i % 10 == 0 ? QStringLiteral("%1 (%2)").arg(fixedName).arg(i + 1) : QString::number(i);
-        const QColor colour(i % 20 * 12, i / 20 * 16, 128);
-        writePhoto(m_root + u'/' + name + QStringLiteral(".jpg"), plainImage({16, 16}, colour));
-    }
-    const auto colourCount = [this](const QString &folder) {
-        QSet<QRgb> seen;
-        for (const QString &name : files(folder)) {
-            const QRgb pixel = QImage(folder + u'/' + name).pixel(8, 8);
-            seen.insert(qRgb((qRed(pixel) + 6) / 12, (qGreen(pixel) + 8) / 16, 0));
-        }
-        return seen.size();
-    };
-    QCOMPARE(colourCount(m_root), count);
-
-    m_options.useOutputFolder = true;
-    m_options.outputFolder = path(QStringLiteral("salida"));
-    run(8);
-    QCOMPARE(m_summary.finished, count);
-    QCOMPARE(files(m_options.outputFolder).size(), count);
-    QCOMPARE(colourCount(m_options.outputFolder), count);
-
-    m_options.useOutputFolder = false;
-    run(8);
-    QCOMPARE(m_summary.finished, count);
-    QCOMPARE(files().size(), count);
-    QCOMPARE(colourCount(m_root), count);
-    QCOMPARE(files().filter(fixedName).size(), count);
 }
 
 QTEST_MAIN(PhotoPipelineTest)
