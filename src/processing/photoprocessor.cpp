@@ -88,7 +88,7 @@ public:
             ++m_summary.notSaved;
             break;
         }
-        m_leftPhotos.insert(file.sourcePath(), {file.sourcePath(), file.path(), result.reason});
+        m_leftPhotos.insert(file.sourcePath(), {file.sourcePath(), file.nowAt(), result.reason});
     }
 
     PhotoProcessor::Summary summary() const
