@@ -53,41 +53,43 @@ private:
 void MainWindowTest::startsAsDescribed()
 {
     const QString expected = QStringLiteral(R"(
-- Archivos de Entrada; - Carpeta de Fotos:; - Color de Flecha:; - Color de Fuente:;
-- Configuración de la Rosa de Vientos; - Configuración del Logo; - Configuración del Texto; - Estilo:;
-- Fuente (opcional):; - Log de Procesos; - Logo (opcional):; - Modo de Obtención de Coordenadas;
-- Nota: La copia de seguridad se ignora si se usa una carpeta de salida.font-style: italic; color: grey;;
-- Opciones de Renombrado; - Opciones de Salida; - Posición Altitud:; - Posición Coordenadas:; - Posición Fecha/Hora:;
-- Posición Orientación:; - Posición del Logo:; - Posición:; - Ruta del archivo:; - Tamaño (ratio):;
-- Tamaño de Fuente (ratio):; - Tamaño del Logo (ratio):; altitudePositionCombo abajo-derecha of 4;
-arrowColorSwatch background-color: #ff0000; backupCheck [x] Realizar copia de seguridad de las fotos originales;
-bgTextCheck [x] Agregar fondo al texto; colorSwatch background-color: #FFFFFF;
-compassCheck [x] Dibujar rosa de los vientos (si hay datos de orientación); compassPositionCombo abajo-izquierda of 4;
-compassSizeSpin 0.18 in 0.05 to 0.50 by 0.01; compassStyleCombo Clásico of 4; coordsPositionCombo abajo-derecha of 4;
-createSampleButton Crear archivo de ejemplo; directoryEdit; drawAltitudeCheck [x] Dibujar altitud (ej: Alt: 123 m);
-drawDataCheck [x] Dibujar datos (coordenadas, fecha) en las fotos;
-drawGeoCheck [ ] Dibujar coordenadas geográficas (Lat/Lon DMS);
-drawOrientationCheck [x] Dibujar orientación (ej: 090° E); drawTimeCheck [x] Incluir hora (además de la fecha);
-dtPositionCombo abajo-derecha of 4; embedCsvCheck [x] Incrustar datos del CSV en el EXIF;
-exifRadio [x] Desde EXIF de las fotos; fontEdit notosans.ttf (read-only);
-fontSizeSpin 0.0300 in 0.0010 to 0.2000 by 0.0010 when done; loadPresetButton Cargar (hidden);
-logoCheck [x] Incrustar logo en las fotos; logoEdit  (read-only); logoPositionCombo arriba-izquierda of 4;
-logoSizeSpin 0.20 in 0.01 to 0.30 by 0.01; nextButton Siguiente (disabled);
-orientationPositionCombo abajo-derecha of 4; outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada;
-outputFolderEdit  (disabled); overwriteAltitudeCheck [x] Sobrescribir altitudes existentes;
-populateAltitudeButton Rellenar altitud desde API; prefixCheck [ ] Agregar prefijo al nombre;
-prefixEdit XXX_XXX_SA_ (disabled); presetCombo  of 0 (hidden); prevButton Anterior (disabled);
-previewGroup Vista Previa Interactiva; previewLabel Seleccione una carpeta con imágenes para activar la vista previa.;
-renameCheck [x] Renombrar fotos con coordenadas UTM; rotateCompassCheck [ ] Rotar rosa (flecha siempre apunta arriba);
-sampleFromExifCheck [x] Usar datos EXIF para crear el ejemplo; savePresetButton Guardar (hidden);
-selectArrowColorButton Seleccionar Color; selectColorButton Seleccionar Color; selectDirButton Seleccionar;
-selectFontButton Seleccionar; selectLogoButton Seleccionar; selectOutputButton Seleccionar (disabled);
-selectTxtButton Seleccionar; startButton Iniciar Proceso; subdirsCheck [ ] Incluir subdirectorios;
-txtGroup Archivo CSV (hidden); txtPathEdit; txtRadio [ ] Desde archivo .csv)");
+- Archivos de Entrada | - Carpeta de Fotos: | - Color de Flecha: | - Color de Fuente: |
+- Configuración de la Rosa de Vientos | - Configuración del Logo | - Configuración del Texto | - Estilo: |
+- Fuente (opcional): | - Log de Procesos | - Logo (opcional): | - Modo de Obtención de Coordenadas |
+- Nota: La copia de seguridad se ignora si se usa una carpeta de salida.font-style: italic; color: grey; |
+- Opciones de Renombrado | - Opciones de Salida | - Posición Altitud: | - Posición Coordenadas: |
+- Posición Fecha/Hora: | - Posición Orientación: | - Posición del Logo: | - Posición: | - Ruta del archivo: |
+- Tamaño (ratio): | - Tamaño de Fuente (ratio): | - Tamaño del Logo (ratio): |
+altitudePositionCombo abajo-derecha of 4 | arrowColorSwatch background-color: #ff0000 |
+backupCheck [x] Realizar copia de seguridad de las fotos originales | bgTextCheck [x] Agregar fondo al texto |
+colorSwatch background-color: #FFFFFF | compassCheck [x] Dibujar rosa de los vientos (si hay datos de orientación) |
+compassPositionCombo abajo-izquierda of 4 | compassSizeSpin 0.18 in 0.05 to 0.50 by 0.01 |
+compassStyleCombo Clásico of 4 | coordsPositionCombo abajo-derecha of 4 |
+createSampleButton Crear archivo de ejemplo | directoryEdit | drawAltitudeCheck [x] Dibujar altitud (ej: Alt: 123 m) |
+drawDataCheck [x] Dibujar datos (coordenadas, fecha) en las fotos |
+drawGeoCheck [ ] Dibujar coordenadas geográficas (Lat/Lon DMS) |
+drawOrientationCheck [x] Dibujar orientación (ej: 090° E) | drawTimeCheck [x] Incluir hora (además de la fecha) |
+dtPositionCombo abajo-derecha of 4 | embedCsvCheck [x] Incrustar datos del CSV en el EXIF |
+exifRadio [x] Desde EXIF de las fotos | fontEdit notosans.ttf (read-only) |
+fontSizeSpin 0.0300 in 0.0010 to 0.2000 by 0.0010 when done | loadPresetButton Cargar (hidden) |
+logoCheck [x] Incrustar logo en las fotos | logoEdit (read-only) | logoPositionCombo arriba-izquierda of 4 |
+logoSizeSpin 0.20 in 0.01 to 0.30 by 0.01 | nextButton Siguiente (disabled) |
+orientationPositionCombo abajo-derecha of 4 |
+outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada | outputFolderEdit (disabled) |
+overwriteAltitudeCheck [x] Sobrescribir altitudes existentes | populateAltitudeButton Rellenar altitud desde API |
+prefixCheck [ ] Agregar prefijo al nombre | prefixEdit XXX_XXX_SA_ (disabled) | presetCombo of 0 (hidden) |
+prevButton Anterior (disabled) | previewGroup Vista Previa Interactiva |
+previewLabel Seleccione una carpeta con imágenes para activar la vista previa. |
+renameCheck [x] Renombrar fotos con coordenadas UTM |
+rotateCompassCheck [ ] Rotar rosa (flecha siempre apunta arriba) |
+sampleFromExifCheck [x] Usar datos EXIF para crear el ejemplo | savePresetButton Guardar (hidden) |
+selectArrowColorButton Seleccionar Color | selectColorButton Seleccionar Color | selectDirButton Seleccionar |
+selectFontButton Seleccionar | selectLogoButton Seleccionar | selectOutputButton Seleccionar (disabled) |
+selectTxtButton Seleccionar | startButton Iniciar Proceso | subdirsCheck [ ] Incluir subdirectorios |
+txtGroup Archivo CSV (hidden) | txtPathEdit | txtRadio [ ] Desde archivo .csv)");
     QStringList state = m_driver->state();
     state.removeIf([](const QString &line) { return line.startsWith(QStringLiteral("- Velmaro ")); });
-    QCOMPARE(state.join(QStringLiteral("; ")).simplified().replace(QStringLiteral(" ;"), QStringLiteral(";")),
-             expected.simplified());
+    QCOMPARE(state, expected.simplified().split(QStringLiteral(" | ")));
     QCOMPARE(m_driver->window->windowTitle(),
              QStringLiteral("Velmaro: Renombrador/Incrustador de coordenadas UTM en fotografías"));
     QStringList entries;
@@ -353,7 +355,7 @@ void MainWindowTest::tellsWhatCannotBeShown()
 
 void MainWindowTest::drawsQuickChangesOnce()
 {
-    m_driver->writePhotos(1, {4000, 3000}); // takes longer than what is drawn at once
+    m_driver->writePhotos(1, {8000, 6000}); // takes longer than what is drawn at once
     m_driver->type("directoryEdit", m_driver->photos());
     const QImage first = m_driver->preview();
     QCOMPARE(previewsOf([this] {
@@ -440,12 +442,12 @@ void MainWindowTest::loadsProfilesUnevenly()
     QCOMPARE(shown(),
              QStringLiteral("background-color: #00ff00|background-color: gold|Numerado of 4|[x] Dibujar "
                             "coordenadas geográficas|arriba-izquierda of 4|letra.ttf|0.2000|[x] Incrustar "
-                            "logo en las fotos|logo.png| of 0"));
+                            "logo en las fotos|logo.png|of 0"));
     loadProfile(R"({"fontColor": "red; min-width: 900px", "compassArrowColor": "nada"})");
     const QString cleared =
         QStringLiteral("background-color: #ff0000|background-color: gold|Estilo Puntos of 4|[x] "
                        "Dibujar coordenadas geográficas|arriba-izquierda of 4||0.2000|[x] "
-                       "Incrustar logo en las fotos|| of 0");
+                       "Incrustar logo en las fotos||of 0");
     QCOMPARE(shown(), cleared);
     loadProfile("[1, 2");
     m_driver->choose("loadPresetButton", {});

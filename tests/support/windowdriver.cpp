@@ -123,9 +123,11 @@ QStringList WindowDriver::state() const
         const bool named = !widget->objectName().isEmpty();
         if (text.isEmpty() && !(named && qobject_cast<const QLineEdit *>(widget)))
             continue;
-        lines.append((named ? widget->objectName() : QStringLiteral("-")) + u' ' + text +
-                     (widget->isEnabled() ? QString() : QStringLiteral(" (disabled)")) +
-                     (widget->isHidden() ? QStringLiteral(" (hidden)") : QString()));
+        lines.append(QStringLiteral("%1 %2 %3 %4")
+                         .arg(named ? widget->objectName() : QStringLiteral("-"), text,
+                              widget->isEnabled() ? QString() : QStringLiteral("(disabled)"),
+                              widget->isHidden() ? QStringLiteral("(hidden)") : QString())
+                         .simplified());
     }
     lines.sort();
     return lines;
