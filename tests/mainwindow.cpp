@@ -446,8 +446,8 @@ void MainWindowTest::loadsProfilesUnevenly()
     loadProfile(R"({"fontColor": "red; min-width: 900px", "compassArrowColor": "nada"})");
     const QString cleared =
         QStringLiteral("background-color: #ff0000|background-color: gold|Estilo Puntos of 4|[x] "
-                       "Dibujar coordenadas geográficas|arriba-izquierda of 4||0.2000|[x] "
-                       "Incrustar logo en las fotos||of 0");
+                       "Dibujar coordenadas geográficas|arriba-izquierda of 4|(read-only)|0.2000|[x] "
+                       "Incrustar logo en las fotos|(read-only)|of 0");
     QCOMPARE(shown(), cleared);
     loadProfile("[1, 2");
     m_driver->choose("loadPresetButton", {});
