@@ -133,6 +133,23 @@ QStringList WindowDriver::state() const
     return lines;
 }
 
+// Without a place for temporary files each preview leaves one line in the log.
+int WindowDriver::previewsOf(const std::function<void()> &action) const
+{
+    const auto lines = [this] {
+        return log().count(
+            QStringLiteral("Error: No se pudo crear el directorio temporal para la vista previa."));
+    };
+    const QByteArray place = qgetenv("TMPDIR");
+    qputenv("TMPDIR", "/dev/null");
+    const auto before = lines();
+    action();
+    preview();
+    const auto after = lines();
+    place.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", place);
+    return static_cast<int>(after - before);
+}
+
 void WindowDriver::onNextDialog(const std::function<void(QWidget *)> &answer) const
 {
     auto *timer = new QTimer(window.get());
