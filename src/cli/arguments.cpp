@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/arguments.h"
 
+#include "data/geojson.h"
 #include "data/preset.h"
 #include "data/settings.h"
 
@@ -35,6 +36,9 @@ constexpr OptionRow optionRows[] = {
     {"prefijo", "TEXTO", "Agrega el prefijo al nombre."},
     {"calidad", "N", "Calidad JPEG, 1 a 100 (sin ella, la de la configuración)."},
     {"hilos", "N", "Hilos de trabajo (sin ella, los del equipo)."},
+    {"parte", "K/N", "Hace solo la parte K de N, para repartir el trabajo entre tareas (con --salida)."},
+    {"reanudar", nullptr, "Lleva un diario y sigue donde quedó la tarea interrumpida (con --salida)."},
+    {"geojson", "ARCHIVO", "Escribe un mapa con un punto por cada foto terminada."},
 };
 
 const QString helpOption = QStringLiteral("help");
@@ -87,36 +91,122 @@ QString refusalOf(const BatchRequest &request)
     return {};
 }
 
-// The options of a run from those of the command line and, below them, the profile.
-ProcessOptions optionsFrom(const QCommandLineParser &parser, Preset preset)
+bool isSet(const QCommandLineParser &parser, const char *name)
 {
-    const auto isSet = [&parser](const char *name) {
-        return parser.isSet(QString::fromLatin1(name));
-    };
-    const auto value = [&parser](const char *name) {
-        return parser.value(QString::fromLatin1(name));
-    };
+    return parser.isSet(QString::fromLatin1(name));
+}
 
-    if (isSet("logo"))
-        preset.logoPath = value("logo");
-    if (isSet("sin-renombrar"))
-        preset.renamePhotos = false;
-    if (isSet("prefijo")) {
-        preset.usePrefix = true;
-        preset.prefix = value("prefijo");
+QString valueOf(const QCommandLineParser &parser, const char *name)
+{
+    return parser.value(QString::fromLatin1(name));
+}
+
+// The profile, if any, and what the command line says above it. Nothing when the profile cannot be read.
+std::optional<Preset> presetFrom(const QCommandLineParser &parser)
+{
+    Preset preset = Preset::atStart();
+    if (isSet(parser, "perfil")) {
+        const std::optional<QJsonObject> profile = readProfile(valueOf(parser, "perfil"));
+        if (!profile)
+            return std::nullopt;
+        preset.apply(*profile);
     }
+    if (isSet(parser, "logo"))
+        preset.logoPath = valueOf(parser, "logo");
+    if (isSet(parser, "sin-renombrar"))
+        preset.renamePhotos = false;
+    if (isSet(parser, "prefijo")) {
+        preset.usePrefix = true;
+        preset.prefix = valueOf(parser, "prefijo");
+    }
+    return preset;
+}
 
+ProcessOptions optionsFrom(const QCommandLineParser &parser, const Preset &preset)
+{
     ProcessOptions options;
-    preset.fill(options, !isSet("sin-logo"));
-    options.useExif = !isSet("coordenadas");
-    options.txtPath = value("coordenadas");
-    options.includeSubfolders = isSet("subcarpetas");
-    options.embedCsvInExif = !isSet("sin-incrustar");
-    options.useOutputFolder = isSet("salida");
-    options.outputFolder = value("salida");
-    options.createBackup = !isSet("sin-respaldo") && !options.useOutputFolder;
+    preset.fill(options, !isSet(parser, "sin-logo"));
+    options.useExif = !isSet(parser, "coordenadas");
+    options.txtPath = valueOf(parser, "coordenadas");
+    options.includeSubfolders = isSet(parser, "subcarpetas");
+    options.embedCsvInExif = !isSet(parser, "sin-incrustar");
+    options.useOutputFolder = isSet(parser, "salida");
+    options.outputFolder = valueOf(parser, "salida");
+    options.createBackup = !isSet(parser, "sin-respaldo") && !options.useOutputFolder;
     options.jpegQuality = Settings::load().jpegQuality;
     return options;
+}
+
+// Reads the options that are numbers. Returns the refusal; empty when there is none.
+QString readNumbers(const QCommandLineParser &parser, BatchRequest &request)
+{
+    constexpr int highest = std::numeric_limits<int>::max();
+    if (isSet(parser, "calidad")) {
+        const std::optional<int> quality = wholeNumber(valueOf(parser, "calidad"), 1, 100);
+        if (!quality)
+            return QStringLiteral("La calidad debe ser un número entero de 1 a 100.");
+        request.options.jpegQuality = *quality;
+    }
+    if (isSet(parser, "hilos")) {
+        const std::optional<int> threads = wholeNumber(valueOf(parser, "hilos"), 1, highest);
+        if (!threads)
+            return QStringLiteral("Los hilos deben ser un número entero de 1 en adelante.");
+        request.threads = *threads;
+    }
+    if (isSet(parser, "parte")) {
+        const QString text = valueOf(parser, "parte");
+        const std::optional<int> count = wholeNumber(text.section(u'/', 1), 1, highest);
+        const std::optional<int> number = wholeNumber(text.section(u'/', 0, 0), 1, count.value_or(0));
+        if (!number)
+            return QStringLiteral("La parte debe tener la forma K/N, con K de 1 a N.");
+        request.part = {*number, *count};
+    }
+    return {};
+}
+
+// What looks and names of the results depend on, for a journal to tell one run from another. The default font
+// lies beside the program, which may be installed elsewhere on another machine.
+QJsonObject resultsOf(const BatchRequest &request, const Preset &preset)
+{
+    QJsonObject results = preset.toJson();
+    if (preset.fontPath == defaultFontPath())
+        results.remove(QStringLiteral("fontPath"));
+    results[QStringLiteral("logo")] = !request.options.logoPath.isEmpty();
+    results[QStringLiteral("exif")] = request.options.useExif;
+    results[QStringLiteral("incrustar")] = request.options.embedCsvInExif;
+    results[QStringLiteral("calidad")] = request.options.jpegQuality;
+    return results;
+}
+
+// What speaks against sharing the work out, or taking it up again. One task would see what another one, or an
+// earlier attempt, has made, and take it for photos.
+QString refusalOfSharing(const QCommandLineParser &parser, const BatchRequest &request)
+{
+    for (const char *name : {"parte", "reanudar"}) {
+        if (!isSet(parser, name))
+            continue;
+        const QString option = QStringLiteral("--") + QString::fromLatin1(name);
+        if (!request.options.useOutputFolder)
+            return option + QStringLiteral(" solo se puede usar con --salida.");
+        if (isWithin(request.options.outputFolder, request.directory))
+            return option + QStringLiteral(" necesita una carpeta de salida fuera de la carpeta de fotos.");
+        if (request.options.includeSubfolders && isWithin(request.directory, request.options.outputFolder))
+            return option + QStringLiteral(" con --subcarpetas necesita una carpeta de fotos fuera de la "
+                                           "carpeta de salida.");
+    }
+    return {};
+}
+
+// An earlier map may be replaced, but no other file.
+QString refusalOfMap(const QString &path)
+{
+    const QFileInfo info(path);
+    QFile file(path);
+    if (path.isEmpty() || info.isDir() || !isFolder(info.absolutePath()))
+        return QStringLiteral("No se puede escribir el mapa GeoJSON en: ") + path;
+    if (info.exists() && (!file.open(QIODevice::ReadOnly) || !isMap(file.readAll())))
+        return QStringLiteral("El archivo existe y no es un mapa GeoJSON; no se reemplaza: ") + path;
+    return {};
 }
 
 } // namespace
@@ -135,29 +225,23 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
     if (parser.positionalArguments().size() != 1)
         return Refusal{QStringLiteral("Indique una carpeta de fotos. Con --help se muestra la ayuda.")};
 
-    Preset preset = Preset::atStart();
-    if (const QString path = parser.value(QStringLiteral("perfil")); parser.isSet(QStringLiteral("perfil"))) {
-        const std::optional<QJsonObject> profile = readProfile(path);
-        if (!profile)
-            return Refusal{QStringLiteral("No se pudo leer el perfil: ") + path};
-        preset.apply(*profile);
-    }
-
-    BatchRequest request{parser.positionalArguments().constFirst(), optionsFrom(parser, preset), 0};
-    if (parser.isSet(QStringLiteral("calidad"))) {
-        const std::optional<int> quality = wholeNumber(parser.value(QStringLiteral("calidad")), 1, 100);
-        if (!quality)
-            return Refusal{QStringLiteral("La calidad debe ser un número entero de 1 a 100.")};
-        request.options.jpegQuality = *quality;
-    }
-    if (parser.isSet(QStringLiteral("hilos"))) {
-        const std::optional<int> threads =
-            wholeNumber(parser.value(QStringLiteral("hilos")), 1, std::numeric_limits<int>::max());
-        if (!threads)
-            return Refusal{QStringLiteral("Los hilos deben ser un número entero de 1 en adelante.")};
-        request.threads = *threads;
-    }
-    if (const QString reason = refusalOf(request); !reason.isEmpty())
+    const std::optional<Preset> preset = presetFrom(parser);
+    if (!preset)
+        return Refusal{QStringLiteral("No se pudo leer el perfil: ") + valueOf(parser, "perfil")};
+    BatchRequest request;
+    request.directory = parser.positionalArguments().constFirst();
+    request.options = optionsFrom(parser, *preset);
+    request.resume = isSet(parser, "reanudar");
+    request.mapPath = valueOf(parser, "geojson");
+    QString reason = readNumbers(parser, request);
+    if (reason.isEmpty())
+        reason = refusalOf(request);
+    if (reason.isEmpty())
+        reason = refusalOfSharing(parser, request);
+    if (reason.isEmpty() && isSet(parser, "geojson"))
+        reason = refusalOfMap(request.mapPath);
+    if (!reason.isEmpty())
         return Refusal{reason};
+    request.results = resultsOf(request, *preset);
     return request;
 }
