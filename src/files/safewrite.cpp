@@ -1,136 +1,98 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/safewrite.h"
 
+#include "files/folders.h"
+#include "files/placing.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QMutexLocker>
-#include <QSaveFile>
-#include <QUuid>
 
-#include <filesystem>
-
-#ifdef Q_OS_LINUX
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
-#endif
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
 
-bool exists(const QString &path)
+// Where a path leads to, also when nothing is there yet.
+QString resolved(const QString &path)
 {
     const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
+    if (const QString canonical = info.canonicalFilePath(); !canonical.isEmpty())
+        return canonical;
+    return info.isSymLink() ? info.symLinkTarget() : info.absoluteFilePath();
 }
 
-// Asks the kernel to rename only to a free name. Nothing when it, or the file system, has no such operation.
-std::optional<Placing> renameByKernel([[maybe_unused]] const QString &from,
-                                      [[maybe_unused]] const QString &to)
+// Whether the user may write to what is there, if anything is: the folder alone would let a write-protected
+// file be replaced.
+bool mayBeReplaced(const QString &path, QString *error)
 {
-#if defined(Q_OS_LINUX) && defined(RENAME_NOREPLACE)
-    const QByteArray source = QFile::encodeName(from);
-    const QByteArray target = QFile::encodeName(to);
-    if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0)
-        return Placing::Done;
-    if (errno == EEXIST)
-        return Placing::NameTaken;
-    if (errno != EINVAL && errno != ENOSYS)
-        return Placing::Failed;
-#endif
-    return std::nullopt;
-}
-
-// Writes in as many steps as it takes: the write that fills a disk up is only short, the next one has the
-// reason.
-bool writeAll(QIODevice &device, const QByteArray &contents)
-{
-    qint64 written = 0;
-    while (written < contents.size()) {
-        const qint64 count = device.write(contents.constData() + written, contents.size() - written);
-        if (count <= 0)
-            return false;
-        written += count;
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status {
+    };
+    if (::stat(name.constData(), &status) != 0 && errno == ENOENT)
+        return true;
+    if (::faccessat(AT_FDCWD, name.constData(), W_OK, AT_EACCESS) != 0) {
+        *error = systemReason(errno);
+        return false;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        *error = QStringLiteral("no es un archivo");
+        return false;
     }
     return true;
 }
 
 } // namespace
 
-FileStamp FileStamp::of(const QString &path)
+FileReplacement::FileReplacement(const QString &path)
+    : m_path(resolved(path))
 {
-    FileStamp stamp;
-    const QFileInfo info(path);
-    if (info.exists()) {
-        stamp.m_size = info.size();
-        stamp.m_modified = info.lastModified();
-    }
-    return stamp;
 }
 
-bool FileStamp::operator==(const FileStamp &other) const
+bool FileReplacement::open(QString *error)
 {
-    return m_size >= 0 && m_size == other.m_size && m_modified == other.m_modified;
-}
-
-Placing FilePlacer::rename(const QString &from, const QString &to) const
-{
-    if (const std::optional<Placing> placing = renameByKernel(from, to))
-        return *placing;
-    const QMutexLocker locker(&m_mutex);
-    if (exists(to))
-        return Placing::NameTaken;
-    std::error_code error;
-    std::filesystem::rename(QFileInfo(from).filesystemAbsoluteFilePath(),
-                            QFileInfo(to).filesystemAbsoluteFilePath(), error);
-    return error ? Placing::Failed : Placing::Done;
-}
-
-Placing FilePlacer::copy(const QString &from, const QString &to) const
-{
-    if (exists(to))
-        return Placing::NameTaken;
-    // Not a photo's name: what a killed process leaves behind must not be taken for one.
-    const QString unfinished = QFileInfo(to).path() + QStringLiteral("/.velmaro-") +
-                               QUuid::createUuid().toString(QUuid::WithoutBraces);
-    if (!QFile::copy(from, unfinished))
-        return Placing::Failed;
-    const Placing placing = rename(unfinished, to);
-    if (placing != Placing::Done)
-        QFile::remove(unfinished);
-    return placing;
-}
-
-QString canonicalPath(const QString &path)
-{
-    const QFileInfo info(path);
-    const QString canonical = info.canonicalFilePath();
-    return canonical.isEmpty() ? info.absoluteFilePath() : canonical;
-}
-
-bool replaceContents(const QString &path, const QByteArray &contents, const FileStamp &stamp, QString *error)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || !writeAll(file, contents)) {
-        *error = file.errorString();
+    if (!mayBeReplaced(m_path, error))
         return false;
-    }
-    if (!(FileStamp::of(path) == stamp)) {
-        *error = QStringLiteral("otro programa ha movido o cambiado el archivo mientras se procesaba");
+    const bool newKind = !QFileInfo::exists(m_path);
+    if (!m_unfinished.open(folderOf(m_path), newKind, error))
         return false;
-    }
-    if (!file.commit()) {
-        *error = file.errorString();
-        return false;
-    }
+    if (!newKind)
+        m_unfinished.carryFrom(m_path, Attributes::OfAReplacement);
     return true;
+}
+
+bool FileReplacement::commit(const QByteArray &contents, FileStamp *stamp, Durability durability,
+                             QString *error)
+{
+    if (!m_unfinished.write(contents, durability, error))
+        return false;
+    if (stamp) {
+        if (!stamp->isStill(m_path)) {
+            *error = QStringLiteral("otro programa ha movido o cambiado el archivo mientras se procesaba");
+            return false;
+        }
+        // A file system that cannot remove a file in use would first give it another name.
+        stamp->letGo();
+    }
+    if (!FilePlacer::replace(m_unfinished.path(), m_path, error))
+        return false;
+    m_unfinished.moved();
+    if (durability == Durability::OnReturn)
+        syncFolder(folderOf(m_path));
+    return true;
+}
+
+bool replaceContents(const QString &path, const QByteArray &contents, FileStamp &&stamp,
+                     Durability durability, QString *error)
+{
+    FileReplacement replacement(path);
+    return replacement.open(error) && replacement.commit(contents, &stamp, durability, error);
 }
 
 bool writeWhole(const QString &path, const QByteArray &contents, QString *error)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && writeAll(file, contents) && file.flush() && file.commit())
-        return true;
-    *error = file.errorString();
-    return false;
+    FileReplacement replacement(path);
+    return replacement.open(error) && replacement.commit(contents, nullptr, Durability::OnReturn, error);
 }

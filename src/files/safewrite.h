@@ -1,65 +1,51 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "files/filestamp.h"
+#include "files/unfinishedfile.h"
+
 #include <QByteArray>
-#include <QDateTime>
-#include <QMutex>
 #include <QString>
 
-/// Operations on photo files that never overwrite a file nobody meant and never leave half a photo under a
-/// photo's name, whatever else happens meanwhile: another thread or program, a full disk, a killed process.
-
-/// What a file was like at one moment, to tell later whether it is still the same file with the same
-/// contents.
-class FileStamp
+/// New contents for a file, all of them or none.
+///
+/// They are written beside the file under a hidden name, brought onto the disk, and only then take the file's
+/// place. On success the file has the new contents, every byte of them, and keeps its owner, group, mode,
+/// access list and extended attributes as far as the system lets the user set them (other hard links to it
+/// keep the old contents). On failure, be it for lack of room at any byte, the file is as it was and nothing
+/// is left beside it.
+///
+/// When the machine stops in the middle, or the program is killed, the file has the old contents or the new
+/// ones, whole, on ext4 and its like and on NFS, and the hidden file may be left. On exFAT, where a file is
+/// not replaced in one step, a card pulled out in that very moment may have lost the file's name: the new
+/// contents are then whole in the hidden file.
+class FileReplacement
 {
 public:
-    FileStamp() = default;
+    /// For the file that `path` leads to, which need not exist.
+    explicit FileReplacement(const QString &path);
 
-    /// The stamp of an existing file; that of a missing one equals no other.
-    static FileStamp of(const QString &path);
+    /// Makes the hidden file. False, with the reason in `error`, when the folder takes no file, or the file
+    /// must not be written to or is no file.
+    bool open(QString *error);
 
-    bool operator==(const FileStamp &other) const;
-
-private:
-    qint64 m_size = -1;
-    QDateTime m_modified;
-};
-
-enum class Placing {
-    Done,
-    NameTaken, ///< a file of that name has come to exist; nothing was changed
-    Failed,    ///< nothing was changed
-};
-
-/// Gives files new names in the photo folders of one run. One object serves all threads of the run.
-class FilePlacer
-{
-public:
-    FilePlacer() = default;
-
-    /// Renames `from` to `to`, in one step and only when no file has that name.
-    Placing rename(const QString &from, const QString &to) const;
-
-    /// Copies `from` to `to`, which comes to exist only once it is complete, and only when no file has that
-    /// name.
-    Placing copy(const QString &from, const QString &to) const;
+    /// Puts the contents in place, after `open`. With `stamp`, only if the file is still as it says; the
+    /// stamp lets go of it.
+    bool commit(const QByteArray &contents, FileStamp *stamp, Durability durability, QString *error);
 
 private:
-    Q_DISABLE_COPY_MOVE(FilePlacer)
+    Q_DISABLE_COPY_MOVE(FileReplacement)
 
-    // For file systems that cannot refuse a taken name by themselves.
-    mutable QMutex m_mutex;
+    const QString m_path; ///< links resolved
+    UnfinishedFile m_unfinished;
 };
 
-/// The path without links and dots; of a file that does not exist, just the absolute path.
-QString canonicalPath(const QString &path);
+/// Replaces the contents of the file `path`, provided that it is still as `stamp` says, as `FileReplacement`
+/// promises. Otherwise, or when it cannot be written, leaves everything as it is, with the reason in `error`.
+bool replaceContents(const QString &path, const QByteArray &contents, FileStamp &&stamp,
+                     Durability durability, QString *error);
 
-/// Replaces the contents of the file `path` by `contents` in one step, keeping its permissions, provided that
-/// the file is still as `stamp` says. Otherwise, or when it cannot be written, leaves everything as it is,
-/// gives the reason in `error` and returns false.
-bool replaceContents(const QString &path, const QByteArray &contents, const FileStamp &stamp, QString *error);
-
-/// Writes the file `path` whole or not at all: when it fails, what was there is still there, with the reason
-/// in `error`. For files that are made anew by the user's wish (a profile, a table).
+/// Writes the file `path` whole or not at all, as `FileReplacement` promises: when it fails, what was there
+/// is still there, with the reason in `error`. For files that are made anew by the user's wish (a profile, a
+/// table).
 bool writeWhole(const QString &path, const QByteArray &contents, QString *error);

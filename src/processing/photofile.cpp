@@ -1,31 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/photofile.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
+#include "files/folders.h"
+#include "files/safewrite.h"
+#include "files/unfinishedfile.h"
 
-#include <optional>
+#include <QDir>
+#include <QFileInfo>
 
 namespace
 {
 
-// Calls `place` with the candidate names base, "base (1)", "base (2)", ... as `nameOf` forms them (0 for the
-// first) until one is not taken. Returns the name that was placed, or nothing on a real failure.
-template <typename NameOf, typename Place>
-std::optional<QString> placeUnderFreeName(const NameOf &nameOf, const Place &place)
+bool exists(const QString &path)
 {
-    for (int counter = 0;; ++counter) {
-        const QString name = nameOf(counter);
-        switch (place(name)) {
-        case Placing::Done:
-            return name;
-        case Placing::Failed:
-            return std::nullopt;
-        case Placing::NameTaken:
-            break;
-        }
-    }
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
+// The name of a backup, its base cut where the file system could not take the whole of it.
+QString backupName(const QFileInfo &photo, int counter)
+{
+    constexpr qsizetype longestName = 255; // bytes, on all file systems of Linux
+    const QString number = counter == 0 ? QString() : QStringLiteral("(%1)").arg(counter);
+    const QString end = QStringLiteral("_backup%1.%2").arg(number, photo.suffix());
+    QString base = photo.baseName();
+    while (!base.isEmpty() && QFile::encodeName(base + end).size() > longestName)
+        base.chop(base.back().isLowSurrogate() ? 2 : 1);
+    return base + end;
 }
 
 } // namespace
@@ -37,67 +38,101 @@ PhotoFile::PhotoFile(const BatchRun &run, const QString &sourcePath, QStringList
     , m_name(QFileInfo(sourcePath).fileName())
     , m_lines(lines)
     , m_path(m_sourcePath)
+    , m_isAwaited(m_options.useOutputFolder)
 {
+}
+
+PhotoFile::~PhotoFile()
+{
+    if (m_isAwaited)
+        m_run.files.noLongerAwaited(m_sourcePath);
+}
+
+std::optional<QByteArray> PhotoFile::read()
+{
+    m_contents = readWhole(m_sourcePath, &m_stamp, &m_trouble);
+    m_isRead = true;
+    return m_contents;
 }
 
 bool PhotoFile::takeUp()
 {
+    if (!m_isRead)
+        read();
     if (m_options.useOutputFolder && !copyToOutputFolder())
         return false;
-    m_stamp = FileStamp::of(m_path);
     if (!m_options.useOutputFolder && m_options.createBackup)
         backUp();
+    m_contents.reset();
     return true;
 }
 
 QString PhotoFile::relativeFolder() const
 {
-    return QDir(m_run.directory).relativeFilePath(QFileInfo(m_sourcePath).absolutePath());
+    return QDir(m_run.directory).relativeFilePath(folderOf(m_sourcePath));
 }
 
 bool PhotoFile::copyToOutputFolder()
 {
     const QString folder = QDir::cleanPath(m_options.outputFolder + QLatin1Char('/') + relativeFolder());
     const QString target = folder + QLatin1Char('/') + m_name;
-    if (isEarlierResult() || isPhotoOfRun(target)) {
+    if (isAlreadyThere(target)) {
         m_lines.append(QStringLiteral("Omitiendo archivo, la ruta de origen y destino son la misma."));
         return false;
     }
-    if (!QDir().mkpath(folder)) {
+    if (!makeFolder(folder)) {
         m_lines.append(QStringLiteral("Error: No se pudo crear la estructura de directorios de salida: ") +
                        folder);
         return false;
     }
-    QFile::remove(target);
-    if (m_run.placer.copy(m_sourcePath, target) != Placing::Done) {
+    if (!copyTo(target)) {
         m_lines.append(QStringLiteral("Error: No se pudo copiar el archivo a la carpeta de salida: ") +
                        target);
         return false;
     }
-    // A copy of a write-protected photo, from a memory card or a disc, is still ours to write.
-    QFile::setPermissions(target, QFile::permissions(target) | QFile::WriteOwner | QFile::WriteUser);
     m_path = QFileInfo(target).absoluteFilePath();
+    m_stamp = FileStamp::of(m_path);
     m_lines.append(QStringLiteral("Copiado a la carpeta de salida: ") + target);
     return true;
 }
 
-// Whether this photo lies in an output folder inside the root, where an earlier run has put it.
-bool PhotoFile::isEarlierResult() const
+// Whether the photo lies in the output folder, where an earlier run has put it, or the copy would come in the
+// place of a photo of this run: this one or another.
+bool PhotoFile::isAlreadyThere(const QString &target)
 {
-    return m_run.outputInsideRoot &&
-           canonicalPath(m_sourcePath).startsWith(canonicalPath(m_options.outputFolder) + u'/');
+    if (m_run.files.liesInOutput(folderOf(m_sourcePath)))
+        return true;
+    return exists(target) && m_run.files.isPhoto(target).value_or(false);
 }
 
-// Whether `target` is a photo that this run must not delete: this one, also when only a link leads from one
-// path to the other, or another photo of the run.
-bool PhotoFile::isPhotoOfRun(const QString &target) const
+// The copy is complete before it takes its name, where the result of an earlier run may be.
+bool PhotoFile::copyTo(const QString &target)
 {
-    const QString canonicalTarget = canonicalPath(target);
-    if (canonicalTarget == canonicalPath(m_sourcePath))
-        return true;
-    const QString root = canonicalPath(m_run.directory) + u'/';
-    return !m_run.outputInsideRoot && canonicalTarget.startsWith(root) &&
-           m_run.photos.contains(m_run.directory + u'/' + canonicalTarget.mid(root.size()));
+    if (!m_contents)
+        return false;
+    const bool replaces = exists(target);
+    if (replaces && !m_run.files.isPhoto(target).has_value()) {
+        m_trouble = QStringLiteral("no se pudo comprobar qué archivo está ya en su lugar");
+        return false;
+    }
+    if (!m_run.files.claim(target)) {
+        m_trouble = QStringLiteral("el resultado de otra foto ya tiene ese nombre");
+        return false;
+    }
+    UnfinishedFile copy;
+    if (copy.open(folderOf(target), false, &m_trouble)) {
+        copy.carryFrom(m_sourcePath, Attributes::OfACopy);
+        if (copy.write(*m_contents, Durability::Later, &m_trouble) &&
+            (replaces ? FilePlacer::replace(copy.path(), target, &m_trouble)
+                      : m_run.files.placer().rename(copy.path(), target, &m_trouble) == Placing::Done)) {
+            copy.moved();
+            m_run.files.noLongerAwaited(m_sourcePath);
+            m_isAwaited = false;
+            return true;
+        }
+    }
+    m_run.files.becameFree(target);
+    return false;
 }
 
 void PhotoFile::backUp()
@@ -106,22 +141,37 @@ void PhotoFile::backUp()
     const QString relative = relativeFolder();
     if (!relative.isEmpty() && relative != QLatin1String("."))
         folder += QLatin1Char('/') + relative;
-    QDir().mkpath(folder);
 
+    QString name;
+    m_backupFailed = !writeBackup(folder, &name);
+    m_lines.append(m_backupFailed ? QStringLiteral("Error creando backup de ") + m_name
+                                  : QStringLiteral("Backup creado: ") + QDir(folder).filePath(name));
+}
+
+// The copy has to be on the disk before the photo is changed.
+bool PhotoFile::writeBackup(const QString &folder, QString *name)
+{
+    QString error;
+    UnfinishedFile copy;
+    if (!m_contents || !makeFolder(folder, true) || !copy.open(folder, false, &error))
+        return false;
+    copy.carryFrom(m_sourcePath, Attributes::OfABackup);
+    if (!copy.write(*m_contents, Durability::OnReturn, &error))
+        return false;
     const QFileInfo photo(m_name);
     const auto nameOf = [&photo](int counter) {
-        const QString number = counter == 0 ? QString() : QStringLiteral("(%1)").arg(counter);
-        return QStringLiteral("%1_backup%2.%3").arg(photo.baseName(), number, photo.suffix());
+        return backupName(photo, counter);
     };
-    const auto place = [&](const QString &name) {
-        return m_run.placer.copy(m_sourcePath, QDir(folder).filePath(name));
+    const auto place = [&](const QString &path) {
+        return m_run.files.placer().rename(copy.path(), path, &error);
     };
-    if (const std::optional<QString> name = placeUnderFreeName(nameOf, place)) {
-        m_lines.append(QStringLiteral("Backup creado: ") + QDir(folder).filePath(*name));
-    } else {
-        m_backupFailed = true;
-        m_lines.append(QStringLiteral("Error creando backup de ") + m_name);
-    }
+    const std::optional<QString> placed = m_run.files.names().place(folder, nameOf, place);
+    if (!placed)
+        return false;
+    copy.moved();
+    syncFolder(folder);
+    *name = *placed;
+    return true;
 }
 
 bool PhotoFile::rename(const QString &utmName)
@@ -131,32 +181,43 @@ bool PhotoFile::rename(const QString &utmName)
         return counter == 0 ? utmName + QStringLiteral(".jpg")
                             : QStringLiteral("%1 (%2).jpg").arg(utmName, QString::number(counter));
     };
-    const auto place = [&](const QString &name) {
-        if (name.contains(QLatin1Char('/')))
-            return Placing::Failed; // a prefix may not lead out of the folder
-        if (isReserved(name))
-            return Placing::NameTaken;
-        return m_run.placer.rename(m_path, working.dir().filePath(name));
-    };
-    const std::optional<QString> newName = placeUnderFreeName(nameOf, place);
+    std::optional<QString> newName;
+    if (utmName.contains(QLatin1Char('/')))
+        m_trouble = QStringLiteral("el prefijo no puede llevar a otra carpeta");
+    else if (m_stamp.isStill(m_path))
+        newName = m_run.files.names().place(working.path(), nameOf,
+                                            [this](const QString &path) { return placeRenamed(path); });
+    else if (m_trouble.isEmpty())
+        m_trouble = QStringLiteral("otro programa ha movido o cambiado el archivo");
     if (!newName) {
         m_lines.append(QStringLiteral("Error renombrando ") + working.fileName());
         return false;
     }
+    m_run.files.becameFree(m_path);
+    m_stamp.renewAfterRename();
     m_path = working.dir().filePath(*newName);
     m_lines.append(QStringLiteral("Renombrado: ") + working.fileName() + QStringLiteral(" a ") + *newName);
     return true;
 }
 
-// In the output folder every photo first arrives under its own name and takes the place of an earlier result.
-// That name must not be given to another photo meanwhile.
-bool PhotoFile::isReserved(const QString &fileName) const
+Placing PhotoFile::placeRenamed(const QString &path)
 {
-    return m_options.useOutputFolder &&
-           m_run.photos.contains(QFileInfo(m_sourcePath).dir().filePath(fileName));
+    if (!m_options.useOutputFolder)
+        return m_run.files.placer().rename(m_path, path, &m_trouble);
+    // In the output folder every photo first arrives under its own name. That name must not be given to
+    // another photo meanwhile.
+    if (m_run.files.isAwaited(m_sourcePath, QFileInfo(path).fileName()) || !m_run.files.claim(path))
+        return Placing::NameTaken;
+    const Placing placing = m_run.files.placer().rename(m_path, path, &m_trouble);
+    if (placing != Placing::Done)
+        m_run.files.becameFree(path);
+    return placing;
 }
 
-bool PhotoFile::replace(const QByteArray &contents, QString *error) const
+bool PhotoFile::replace(const QByteArray &contents, QString *error)
 {
-    return replaceContents(m_path, contents, m_stamp, error);
+    // In the output folder the original is never at risk: the whole folder is brought onto the disk at the
+    // end.
+    return replaceContents(m_path, contents, std::move(m_stamp),
+                           m_options.useOutputFolder ? Durability::Later : Durability::OnReturn, error);
 }

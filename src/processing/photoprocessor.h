@@ -17,7 +17,7 @@ public:
     struct LeftPhoto {
         QString path;   ///< as the run found it
         QString nowAt;  ///< where its file is now; `path` unless it was copied or renamed before
-        QString reason; ///< the log line that tells why
+        QString reason; ///< the log line that tells why, with the system's reason where there is one
     };
 
     /// How a run ended.
@@ -28,6 +28,8 @@ public:
         int notSaved = 0;            ///< went to the end, but image or metadata could not be written
         int backupsFailed = 0;       ///< went on without the copy that was asked for
         QList<LeftPhoto> leftPhotos; ///< those left and those not saved, in the order of the walk
+        QStringList passedOver; ///< what the walk could not take: names that are no UTF-8, closed folders
+        QString notSynced; ///< why the results in the output folder may not all be on the disk; mostly empty
     };
 
     explicit PhotoProcessor(QObject *parent = nullptr);
