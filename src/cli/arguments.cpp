@@ -4,6 +4,8 @@
 #include "data/geojson.h"
 #include "data/preset.h"
 #include "data/settings.h"
+#include "files/folderidentity.h"
+#include "files/folders.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -74,6 +76,19 @@ bool isFile(const QString &path)
 bool isFolder(const QString &path)
 {
     return !path.isEmpty() && QDir(path).exists();
+}
+
+// Whether a folder is `root` or lies in it, whatever the paths look like.
+bool isWithin(const QString &folder, const QString &root)
+{
+    const std::optional<FileId> rootId = fileId(root);
+    QString at = QFileInfo(folder).canonicalFilePath();
+    while (fileId(at) != rootId) {
+        if (at == folderOf(at))
+            return false;
+        at = folderOf(at);
+    }
+    return true;
 }
 
 // The refusals of the window, in its order; empty when there is none.

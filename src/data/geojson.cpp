@@ -68,6 +68,14 @@ QJsonObject mapFeature(const MapPoint &point)
             {QStringLiteral("properties"), properties}};
 }
 
+QString resultOf(const QJsonObject &feature)
+{
+    return feature.value(QStringLiteral("properties"))
+        .toObject()
+        .value(QStringLiteral("resultado"))
+        .toString();
+}
+
 QByteArray mapOf(const QList<QJsonObject> &features)
 {
     QByteArray map = R"({"type":"FeatureCollection","features":[)";

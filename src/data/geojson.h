@@ -21,10 +21,13 @@ struct MapPoint {
     std::optional<double> altitude; ///< metres
 };
 
-/// The photo as a GeoJSON feature (RFC 7946): a point of longitude, latitude and, when known, altitude; a photo
-/// without a position has no geometry. What is not known is null. Degrees are rounded to 1e-8 (a millimetre),
-/// metres to 1e-3. NaN and infinite numbers count as not known.
+/// The photo as a GeoJSON feature (RFC 7946): a point of longitude, latitude and, when known, altitude; a
+/// photo without a position has no geometry. What is not known is null. Degrees are rounded to 1e-8 (a
+/// millimetre), metres to 1e-3. NaN and infinite numbers count as not known.
 QJsonObject mapFeature(const MapPoint &point);
+
+/// The path of the finished photo in its feature.
+QString resultOf(const QJsonObject &feature);
 
 /// A whole map: the features as a GeoJSON feature collection, one to a line.
 QByteArray mapOf(const QList<QJsonObject> &features);

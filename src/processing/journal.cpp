@@ -55,8 +55,7 @@ std::unique_ptr<Journal> Journal::open(const Task &task, QString *error)
     std::unique_ptr<Journal> journal(new Journal(task));
     if (!journal->agreesWithOthers(error))
         return nullptr;
-    const QString cannot =
-        QStringLiteral("No se pudo abrir el diario de la tarea %1: ").arg(journal->path());
+    const QString cannot = QStringLiteral("No se pudo abrir el diario de la tarea %1: ").arg(journal->path());
     switch (journal->m_file.open(journal->path(), error)) {
     case AppendFile::Opening::InUse:
         *error = QStringLiteral("Otra tarea trabaja ya en esta parte: ") + journal->path();
@@ -88,22 +87,23 @@ QString Journal::path() const
 
 QJsonObject Journal::heading() const
 {
-    return {{rootKey, m_task.directory},
-            {optionsKey, m_task.options},
-            {markKey, UnfinishedFile::mark()}};
+    return {{rootKey, m_task.directory}, {optionsKey, m_task.options}, {markKey, UnfinishedFile::mark()}};
 }
 
 bool Journal::agreesWithOthers(QString *error) const
 {
     const QString sameCount = QStringLiteral("-de-%1").arg(m_task.part.count);
-    const QStringList names = QDir(m_task.outputFolder)
-                                  .entryList({namePrefix + u'*'}, QDir::Files | QDir::Hidden | QDir::NoSymLinks);
-    const QString advice = QStringLiteral(" Siga como empezó, indique otra carpeta de salida, o borre de ella los "
-                                          "archivos %1* para empezar de nuevo.")
-                               .arg(namePrefix);
+    const QStringList names =
+        QDir(m_task.outputFolder)
+            .entryList({namePrefix + u'*'}, QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    const QString advice =
+        QStringLiteral(" Siga como empezó, indique otra carpeta de salida, o borre de ella los "
+                       "archivos %1* para empezar de nuevo.")
+            .arg(namePrefix);
     for (const QString &name : names) {
         if (!name.endsWith(sameCount)) {
-            *error = QStringLiteral("El trabajo en esta carpeta de salida se repartió en otra cantidad de partes (%1).")
+            *error = QStringLiteral(
+                         "El trabajo en esta carpeta de salida se repartió en otra cantidad de partes (%1).")
                          .arg(name) +
                      advice;
             return false;
@@ -112,10 +112,11 @@ bool Journal::agreesWithOthers(QString *error) const
         if (other.isEmpty())
             continue;
         if (other.value(rootKey) != m_task.directory || other.value(optionsKey) != m_task.options) {
-            *error = QStringLiteral("El trabajo en esta carpeta de salida es de otra carpeta de fotos o de otras "
-                                    "opciones (%1).")
-                         .arg(name) +
-                     advice;
+            *error =
+                QStringLiteral("El trabajo en esta carpeta de salida es de otra carpeta de fotos o de otras "
+                               "opciones (%1).")
+                    .arg(name) +
+                advice;
             return false;
         }
     }

@@ -12,13 +12,13 @@
 
 #include <memory>
 
-/// What a task has begun and finished in an output folder, so that the same task can go on after it was broken
-/// off at any moment: killed, or the machine stopped.
+/// What a task has begun and finished in an output folder, so that the same task can go on after it was
+/// broken off at any moment: killed, or the machine stopped.
 ///
 /// It is a hidden file of one JSON object to a line, only ever appended to. Before anything of a photo comes
 /// into the output folder, a line says that it has begun; before its copy takes a new name, a line with that
-/// name is on the disk; only when the whole result is on the disk, a line says that it has finished. Since the
-/// copy's first name is kept for it until then, its absence tells that the new name was taken. Photos are
+/// name is on the disk; only when the whole result is on the disk, a line says that it has finished. Since
+/// the copy's first name is kept for it until then, its absence tells that the new name was taken. Photos are
 /// named by their path relative to the root. Serves all threads of a run.
 class Journal
 {
@@ -31,9 +31,9 @@ public:
     };
 
     /// Opens the journal of a task, made where it is missing, and reads it. Nothing, with the reason for the
-    /// user in `error`, when it cannot be read or written, when another process has it open, or when a journal
-    /// in the output folder is that of another root, of other options, or of another number of parts: photos
-    /// would then be finished twice.
+    /// user in `error`, when it cannot be read or written, when another process has it open, or when a
+    /// journal in the output folder is that of another root, of other options, or of another number of parts:
+    /// photos would then be finished twice.
     static std::unique_ptr<Journal> open(const Task &task, QString *error);
 
     /// Whether an earlier attempt has finished the photo.
@@ -42,8 +42,9 @@ public:
     /// The photos that earlier attempts have finished, with their features of the map.
     const QHash<QString, QJsonObject> &finished() const { return m_finished; }
 
-    /// Puts the output folder in order after an attempt that was broken off. What bears a new name but was not
-    /// finished gets back the name of its photo, in whose place the next copy comes; hidden files are removed.
+    /// Puts the output folder in order after an attempt that was broken off. What bears a new name but was
+    /// not finished gets back the name of its photo, in whose place the next copy comes; hidden files are
+    /// removed.
     void takeBackHalfDone();
 
     // What happens to a photo. They return false when the line could not be written.

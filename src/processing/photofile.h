@@ -46,7 +46,10 @@ private:
     void backUp();
     bool writeBackup(const QString &folder, QString *name);
     Placing placeRenamed(const QString &path);
+    Placing placeInOutputFolder(const QString &path);
     QString relativeFolder() const;
+    QString relativePath() const;
+    void releaseName();
 
     const BatchRun &m_run;
     const ProcessOptions &m_options;

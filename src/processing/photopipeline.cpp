@@ -77,6 +77,15 @@ const PhotoFile &PhotoPipeline::file() const
     return m_file;
 }
 
+MapPoint PhotoPipeline::mapPoint() const
+{
+    MapPoint point{m_file.path(),      m_file.sourcePath(), m_data.dateTime, m_data.geo, {},
+                   m_data.orientation, m_data.altitude};
+    if (m_data.geo)
+        point.utm = m_data.utm;
+    return point;
+}
+
 void PhotoPipeline::write(const QString &line)
 {
     m_lines.append(line);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "data/geojson.h"
 #include "processing/exifreader.h"
 #include "processing/photofile.h"
 #include "processing/photometadata.h"
@@ -35,6 +36,9 @@ public:
     QString failure(Outcome outcome) const;
 
     const PhotoFile &file() const;
+
+    /// The photo on the map; of a finished one.
+    MapPoint mapPoint() const;
 
 private:
     void readMetadata();

@@ -4,8 +4,14 @@
 #include "core/callbacks.h"
 #include "core/processoptions.h"
 #include "data/coordinatesfile.h"
+#include "data/geojson.h"
+#include "processing/photopart.h"
 
 #include <QObject>
+
+#include <functional>
+
+class Journal;
 
 /// The engine: carries out a batch over one folder of photos.
 class PhotoProcessor : public QObject
@@ -22,8 +28,8 @@ public:
 
     /// How a run ended.
     struct Summary {
-        int total = 0;               ///< photos found
-        int finished = 0;            ///< painted and saved with their metadata
+        int total = 0;               ///< photos found, of the part
+        int finished = 0;            ///< painted and saved with their metadata, also by earlier attempts
         int left = 0;                ///< given up on the way; their lines are not in the log
         int notSaved = 0;            ///< went to the end, but image or metadata could not be written
         int backupsFailed = 0;       ///< went on without the copy that was asked for
@@ -40,6 +46,19 @@ public:
     /// The number of photos worked on at once; below 1, as many as the machine has logical processors. This
     /// is the default.
     void setThreadCount(int threads);
+
+    /// Works on the photos of one part only. The walk and the names that are kept for photos are those of the
+    /// whole run, so that the parts, run side by side, do together what one run does. Needs an output folder
+    /// that does not lie in the root, nor, with subfolders, the root in it.
+    void setPart(const PhotoPart &part);
+
+    /// Keeps a journal, which must outlive the run, and leaves out the photos that are finished according to
+    /// it. None by default. Needs what `setPart` needs.
+    void setJournal(Journal *journal);
+
+    /// Called for every photo that this run finishes, from any thread.
+    using FinishedCallback = std::function<void(const MapPoint &)>;
+    void setFinishedCallback(const FinishedCallback &callback);
 
     /// Runs the batch and returns when every photo is done. Never to be called from the GUI thread with more
     /// than one photo, which it would block. `directory` is the root of the run.
@@ -66,6 +85,9 @@ public:
 private:
     ProcessOptions m_options;
     int m_threadCount = 0;
+    PhotoPart m_part;
+    Journal *m_journal = nullptr;
+    FinishedCallback m_onFinished;
     Summary m_summary;
 };
 
