@@ -2,6 +2,7 @@
 #include "processing/imagefile.h"
 
 #include "processing/jpegcodec.h"
+#include "processing/jpegsegments.h"
 
 #include <QBuffer>
 #include <QColorSpace>
@@ -34,29 +35,46 @@ QImage laidOnWhite(const QImage &image)
     return opaque;
 }
 
+int encoderQuality(int quality)
+{
+    constexpr int usual = 75;
+    return quality < 0 ? usual : qBound(1, quality, 100);
+}
+
 } // namespace
 
-QImage readImage(const QString &path, PixelBuffers &buffers)
+QImage decodedImage(const QByteArray &file, PixelBuffers &buffers)
 {
     static std::once_flag once;
     std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
 
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    if (file.peek(3) == "\xff\xd8\xff") {
-        const QImage photo = decodedJpeg(file.readAll(), decodingLimitMegabytes, buffers);
+    if (JpegSegments::isJpeg(file)) {
+        const QImage photo = decodedJpeg(file, decodingLimitMegabytes, buffers);
         if (!photo.isNull())
             return photo;
-        file.seek(0);
     }
 
-    QImageReader reader(&file);
+    QBuffer buffer;
+    buffer.setData(file);
+    QImageReader reader(&buffer);
     reader.setAutoTransform(false);
     const QImage image = reader.read();
     if (image.isNull() || paintsInFullColour(image))
         return image;
     return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+}
+
+QImage readImage(const QString &path, PixelBuffers &buffers)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? decodedImage(file.readAll(), buffers) : QImage();
+}
+
+int pageCount(const QByteArray &file)
+{
+    QBuffer buffer;
+    buffer.setData(file);
+    return QImageReader(&buffer).imageCount();
 }
 
 std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
@@ -65,23 +83,17 @@ std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffi
     const QByteArray format = suffix.toLower().toLatin1();
     if (format == "jpg" || format == "jpeg") {
         const QImage opaque = image.hasAlphaChannel() ? laidOnWhite(image) : image;
-        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, error);
+        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), encoderQuality(quality), error);
     }
 
     QByteArray encoded;
     QBuffer buffer(&encoded);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, format);
-    writer.setQuality(quality);
     if (format == "png")
         writer.setCompression(0);
     if (writer.write(image))
         return encoded;
     *error = writer.errorString();
     return std::nullopt;
-}
-
-bool describesRgb(const QByteArray &iccProfile)
-{
-    return iccProfile.mid(16, 4) == "RGB ";
 }

@@ -1,21 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/photopipeline.h"
 
+#include "processing/exifreader.h"
 #include "processing/exifwriter.h"
 #include "processing/imagefile.h"
 #include "render/uprightimage.h"
 
 #include <QColorSpace>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
 
 namespace
 {
-
-// Photos without GPS data get this position, so that they still have a name of the usual form.
-constexpr UtmPosition fixedPosition{19, 'J', 500000.0, 6000000.0};
 
 QString general(double number)
 {
@@ -27,12 +24,6 @@ QString nativePath(const QString &path)
     return QString::fromStdString(qPathToNativeStdString(path));
 }
 
-QByteArray contentsOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // The density that a camera's photo has in its tags alone must not be contradicted by one that the writer
 // makes up.
 void settleDensity(QImage &image, const PhotoMetadata &metadata)
@@ -42,9 +33,17 @@ void settleDensity(QImage &image, const PhotoMetadata &metadata)
         image.dotsPerMeterY() != unclaimed.dotsPerMeterY())
         return;
     constexpr QSize exifDefault(2835, 2835); // 72 dpi
-    const QSize dotsPerMeter = metadata.dotsPerMeter().value_or(exifDefault);
+    const QSize dotsPerMeter = dotsPerMeterOf(metadata.exif).value_or(exifDefault);
     image.setDotsPerMeterX(dotsPerMeter.width());
     image.setDotsPerMeterY(dotsPerMeter.height());
+}
+
+// Takes from the metadata what an image says about its pixels.
+void describe(QImage &image, const PhotoMetadata &metadata)
+{
+    settleDensity(image, metadata);
+    if (metadata.hasForeignProfile)
+        image.setColorSpace(QColorSpace());
 }
 
 } // namespace
@@ -54,7 +53,6 @@ PhotoPipeline::PhotoPipeline(const BatchRun &run, const QString &sourcePath)
     , m_options(run.options)
     , m_file(run, sourcePath, m_lines)
 {
-    m_data.utm = fixedPosition;
 }
 
 const QStringList &PhotoPipeline::lines() const
@@ -94,49 +92,61 @@ void PhotoPipeline::write(const QString &line)
 PhotoPipeline::Outcome PhotoPipeline::process()
 {
     write(QStringLiteral("\nProcesando: ") + m_file.name());
+    m_source = m_file.read().value_or(QByteArray());
     if (!m_file.takeUp())
         return Outcome::Left;
-    readMetadata();
-    if (!settlePosition())
+    const PhotoMetadata metadata = readSource();
+    const std::optional<PhotoData> data = settled(metadata);
+    if (!data || (m_options.renamePhotos && !m_file.rename(utmName(data->overlay.utm))))
         return Outcome::Left;
-    if (m_options.renamePhotos && !m_file.rename(utmName()))
+    QImage image = decodedImage(m_source, m_run.buffers);
+    if (image.isNull()) {
+        write(QStringLiteral("Error al abrir la imagen: ") + m_file.path());
         return Outcome::Left;
-    const std::optional<QImage> image = paintedImage();
-    if (!image)
-        return Outcome::Left;
-    return save(*image);
+    }
+    describe(image, metadata);
+    QString error;
+    const std::optional<QByteArray> picture = paintedPicture(std::move(image), *data, &error);
+    return save(picture, metadataToWrite(metadata, *data, picture.has_value()), error);
 }
 
-void PhotoPipeline::readMetadata()
+PhotoMetadata PhotoPipeline::readSource()
 {
     write(QStringLiteral("Intentando leer EXIF desde (nativo original): ") + nativePath(m_file.sourcePath()));
     QString error;
-    if (std::optional<PhotoMetadata> metadata = readPhotoMetadata(m_file.sourcePath(), &error))
-        m_metadata = std::move(*metadata);
-    else
+    const std::optional<PhotoMetadata> metadata = readMetadata(m_source, &error);
+    if (!error.isEmpty())
         write(QStringLiteral("Error leyendo metadata original para ") + m_file.name());
-    m_data.exifOrientation = m_metadata.orientation();
+    return metadata.value_or(PhotoMetadata());
+}
 
-    if (const std::optional<QDateTime> date = captureDateOf(m_metadata)) {
-        m_data.dateTime = *date;
-        return;
-    }
-    m_data.dateTime = QDateTime::currentDateTime();
+std::optional<PhotoData> PhotoPipeline::settled(const PhotoMetadata &metadata)
+{
+    PhotoData data;
+    data.storedOrientation = orientationOf(metadata.exif);
+    // Fresh tags hold no orientation, so the pixels themselves have to be upright.
+    data.overlay.exifOrientation = writesFreshTags() ? 1 : data.storedOrientation;
+    data.overlay.dateTime = settledDate(metadata);
+    data.overlay.utm = fallbackPosition;
+    if (m_options.useExif)
+        settleFromExif(metadata, data.overlay);
+    else if (!settleFromTable(data.overlay))
+        return std::nullopt;
+    return data;
+}
+
+QDateTime PhotoPipeline::settledDate(const PhotoMetadata &metadata)
+{
+    if (const std::optional<QDateTime> date = captureDateOf(metadata.exif))
+        return *date;
     write(QStringLiteral("Fecha de captura no encontrada en metadata para ") + m_file.name() +
           QStringLiteral(". Usando fecha/hora actual."));
+    return QDateTime::currentDateTime();
 }
 
-bool PhotoPipeline::settlePosition()
+void PhotoPipeline::settleFromExif(const PhotoMetadata &metadata, OverlayData &data)
 {
-    if (!m_options.useExif)
-        return settlePositionFromTable();
-    settlePositionFromExif();
-    return true;
-}
-
-void PhotoPipeline::settlePositionFromExif()
-{
-    const std::optional<GpsData> gps = gpsOf(m_metadata);
+    const std::optional<GpsData> gps = gpsOf(metadata.exif);
     if (!gps) {
         write(QStringLiteral("Datos GPS no encontrados en EXIF para ") + m_file.name() +
               QStringLiteral(". Usando coords fijas."));
@@ -145,25 +155,25 @@ void PhotoPipeline::settlePositionFromExif()
     write(QStringLiteral("Lat: %1, Lon: %2, Orientación: %3, Altitud: %4")
               .arg(general(gps->latitude), general(gps->longitude), general(gps->orientation),
                    general(gps->altitude)));
-    m_data.utm = latLonToUtm(gps->latitude, gps->longitude);
-    m_data.geo = GeoPosition{gps->latitude, gps->longitude};
-    m_data.orientation = gps->orientation;
-    m_data.altitude = gps->altitude;
+    data.utm = latLonToUtm(gps->latitude, gps->longitude);
+    data.geo = GeoPosition{gps->latitude, gps->longitude};
+    data.orientation = gps->orientation;
+    data.altitude = gps->altitude;
 }
 
-bool PhotoPipeline::settlePositionFromTable()
+bool PhotoPipeline::settleFromTable(OverlayData &data)
 {
     const auto row = m_run.table ? m_run.table->constFind(m_file.name()) : CoordinatesTable::const_iterator();
     if (!m_run.table || row == m_run.table->constEnd()) {
         write(QStringLiteral("Coordenadas UTM no encontradas en archivo TXT para ") + m_file.name());
         return false;
     }
-    m_data.utm = *row;
-    m_data.geo = utmToLatLon(row->zone, row->zoneLetter, row->easting, row->northing);
+    data.utm = *row;
+    data.geo = utmToLatLon(row->zone, row->zoneLetter, row->easting, row->northing);
     if (row->hasOrientation)
-        m_data.orientation = row->orientation;
+        data.orientation = row->orientation;
     if (row->hasAltitude)
-        m_data.altitude = row->altitude;
+        data.altitude = row->altitude;
 
     QString line = QStringLiteral("Usando datos TXT: Zona ") + formatZone(row->zone, row->zoneLetter) +
                    QStringLiteral(", Easting: ") + general(row->easting) + QStringLiteral(", Northing: ") +
@@ -175,39 +185,31 @@ bool PhotoPipeline::settlePositionFromTable()
     write(line);
 
     if (row->hasDateTime) {
-        m_data.dateTime = row->dateTime;
+        data.dateTime = row->dateTime;
         write(QStringLiteral("Usando fecha/hora del archivo TXT: ") +
               row->dateTime.toString(QStringLiteral("dd/MM/yyyy HH:mm:ss")));
     }
     return true;
 }
 
-QString PhotoPipeline::utmName() const
+QString PhotoPipeline::utmName(const UtmPosition &utm) const
 {
-    const UtmPosition &utm = m_data.utm;
     const QString name = formatUtm(utm.zone, utm.zoneLetter, utm.easting, utm.northing);
     return m_options.usePrefix ? m_options.prefix + name : name;
 }
 
-std::optional<QImage> PhotoPipeline::paintedImage()
+std::optional<QByteArray> PhotoPipeline::paintedPicture(QImage image, const PhotoData &data,
+                                                        QString *error) const
 {
-    QImage image = readImage(m_file.path(), m_run.buffers);
-    if (image.isNull()) {
-        write(QStringLiteral("Error al abrir la imagen: ") + m_file.path());
-        return std::nullopt;
-    }
-    settleDensity(image, m_metadata);
-    if (!m_metadata.iccProfile.isEmpty() && !describesRgb(m_metadata.iccProfile)) {
-        m_metadata.iccProfile.clear();
-        image.setColorSpace(QColorSpace());
-    }
-    if (writesFreshTags()) {
-        // The fresh tags hold no orientation, so the pixels themselves have to be upright.
-        image = turnedUpright(image, m_data.exifOrientation);
-        m_data.exifOrientation = 1;
-    }
-    drawOverlay(image, m_data, m_options, m_run.resources, m_run.log);
-    return image;
+    if (data.overlay.exifOrientation != data.storedOrientation)
+        image = turnedUpright(image, data.storedOrientation);
+    drawOverlay(image, data.overlay, m_options, m_run.resources, m_run.log);
+    return encodedImage(image, QFileInfo(m_file.path()).suffix(), m_options.jpegQuality, error);
+}
+
+QString PhotoPipeline::fileName() const
+{
+    return QFileInfo(m_file.path()).fileName();
 }
 
 bool PhotoPipeline::writesFreshTags() const
@@ -215,33 +217,33 @@ bool PhotoPipeline::writesFreshTags() const
     return !m_options.useExif && m_options.embedCsvInExif;
 }
 
-PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
+PhotoMetadata PhotoPipeline::metadataToWrite(const PhotoMetadata &original, const PhotoData &data,
+                                             bool painted)
 {
-    const QFileInfo working(m_file.path());
-    const int storedOrientation = m_metadata.orientation();
-    if (writesFreshTags()) {
-        write(QStringLiteral("Generando nuevos metadatos EXIF desde datos TXT para ") + working.fileName());
-        m_metadata.exif = freshExif({*m_data.geo, m_data.orientation, m_data.altitude, m_data.dateTime});
-        m_metadata.exifSegment.clear();
-        m_metadata.xmp.clear();
-    }
+    if (!writesFreshTags())
+        return original;
+    write(QStringLiteral("Generando nuevos metadatos EXIF desde datos TXT para ") + fileName());
+    const OverlayData &overlay = data.overlay;
+    Exiv2::ExifData exif = freshExif({*overlay.geo, overlay.orientation, overlay.altitude, overlay.dateTime});
+    // A file that keeps its own pixels has to say how they are stored.
+    if (!painted && data.storedOrientation != 1)
+        exif["Exif.Image.Orientation"] = static_cast<uint16_t>(data.storedOrientation);
+    return withFreshExif(original, exif);
+}
 
-    // The file is replaced once, image and metadata together; the lines still tell of the two steps one after
-    // the other.
-    QString imageError;
+// The file is replaced once, image and metadata together; the lines still tell of the two steps one after the
+// other. Without a painted picture the photo's own bytes go on, and only fresh tags change them.
+PhotoPipeline::Outcome PhotoPipeline::save(const std::optional<QByteArray> &picture,
+                                           const PhotoMetadata &metadata, QString imageError)
+{
     QString metadataError;
-    std::optional<QByteArray> contents =
-        encodedImage(image, working.suffix(), m_options.jpegQuality, &imageError);
-    if (!contents) {
-        // The file keeps its pixels as they were stored, and has to say how.
-        contents = contentsOf(m_file.path());
-        if (storedOrientation != 1)
-            m_metadata.exif["Exif.Image.Orientation"] = static_cast<uint16_t>(storedOrientation);
+    PhotoContents contents{picture.value_or(m_source), {}};
+    if (picture || metadata.isFresh) {
+        if (std::optional<PhotoContents> complete = withMetadata(contents.bytes, metadata, &metadataError))
+            contents = std::move(*complete);
     }
-    if (std::optional<QByteArray> complete = withMetadata(*contents, m_metadata, &metadataError))
-        contents = std::move(complete);
     QString writeError;
-    if (!m_file.replace(*contents, &writeError)) {
+    if (contents.bytes != m_source && !m_file.replace(contents.bytes, &writeError)) {
         imageError = imageError.isEmpty() ? writeError : imageError;
         metadataError = metadataError.isEmpty() ? writeError : metadataError;
     }
@@ -249,10 +251,14 @@ PhotoPipeline::Outcome PhotoPipeline::save(const QImage &image)
     if (!imageError.isEmpty())
         write(QStringLiteral("Error guardando la imagen: ") + imageError);
     write(QStringLiteral("Intentando escribir EXIF a (nativo): ") + nativePath(m_file.path()));
+    if (picture && !contents.lost.isEmpty()) {
+        write(QStringLiteral("No se conserva en %1: %2")
+                  .arg(fileName(), contents.lost.join(QStringLiteral(", "))));
+    }
     if (metadataError.isEmpty())
-        write(QStringLiteral("Metadatos escritos para ") + working.fileName());
+        write(QStringLiteral("Metadatos escritos para ") + fileName());
     else
-        write(QStringLiteral("Error escribiendo metadatos en ") + working.fileName() + QStringLiteral(": ") +
+        write(QStringLiteral("Error escribiendo metadatos en ") + fileName() + QStringLiteral(": ") +
               metadataError);
     return imageError.isEmpty() && metadataError.isEmpty() ? Outcome::Finished : Outcome::NotSaved;
 }

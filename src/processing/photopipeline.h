@@ -2,7 +2,6 @@
 #pragma once
 
 #include "data/geojson.h"
-#include "processing/exifreader.h"
 #include "processing/photofile.h"
 #include "processing/photometadata.h"
 #include "render/overlay.h"
@@ -10,6 +9,12 @@
 #include <QStringList>
 
 #include <optional>
+
+/// What is settled about a photo before its file is touched.
+struct PhotoData {
+    OverlayData overlay;
+    int storedOrientation = 1; ///< of the pixels in the file; they are turned when `overlay` has another
+};
 
 /// The way of one photo through a run: copy or backup, metadata, position, name, overlay, saving. Each step
 /// writes its lines to the photo's own list. An object serves one photo, on one thread.
@@ -41,14 +46,17 @@ public:
     MapPoint mapPoint() const;
 
 private:
-    void readMetadata();
-    bool settlePosition();
-    void settlePositionFromExif();
-    bool settlePositionFromTable();
-    QString utmName() const;
-    std::optional<QImage> paintedImage();
-    Outcome save(const QImage &image);
+    PhotoMetadata readSource();
+    std::optional<PhotoData> settled(const PhotoMetadata &metadata);
+    QDateTime settledDate(const PhotoMetadata &metadata);
+    void settleFromExif(const PhotoMetadata &metadata, OverlayData &data);
+    bool settleFromTable(OverlayData &data);
+    QString utmName(const UtmPosition &utm) const;
+    std::optional<QByteArray> paintedPicture(QImage image, const PhotoData &data, QString *error) const;
+    PhotoMetadata metadataToWrite(const PhotoMetadata &original, const PhotoData &data, bool painted);
+    Outcome save(const std::optional<QByteArray> &picture, const PhotoMetadata &metadata, QString imageError);
 
+    QString fileName() const;
     bool writesFreshTags() const;
     void write(const QString &line);
 
@@ -56,6 +64,5 @@ private:
     const ProcessOptions &m_options;
     QStringList m_lines;
     PhotoFile m_file;
-    PhotoMetadata m_metadata;
-    OverlayData m_data;
+    QByteArray m_source; ///< the photo as it was, read once
 };
