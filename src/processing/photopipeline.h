@@ -65,4 +65,5 @@ private:
     QStringList m_lines;
     PhotoFile m_file;
     QByteArray m_source; ///< the photo as it was, read once
+    MapPoint m_mapPoint; ///< paths excepted
 };
