@@ -4,6 +4,7 @@
 #include "data/settings.h"
 #include "photofiles.h"
 #include "support/elevationserver.h"
+#include "support/fulldisk.h"
 
 #include <QElapsedTimer>
 #include <QTcpServer>
@@ -287,6 +288,9 @@ void AltitudeFillTest::leavesTheFileOnFailure_data()
     QTest::newRow("empty") << QStringLiteral("empty") << QStringLiteral("Error: El archivo CSV está vacío.");
     QTest::newRow("no key") << QStringLiteral("no key")
                             << QStringLiteral("Error: Se requiere una clave de API para Google Elevation.");
+    for (const char *change : {"edited", "full disk"})
+        QTest::newRow(change) << QString::fromLatin1(change)
+                              << QStringLiteral("Error: No se pudo guardar los cambios en el CSV: ");
     QTest::newRow("gone") << QStringLiteral("gone")
                           << QStringLiteral("Error: No se pudo abrir el archivo CSV para escribir: ");
 }
@@ -304,11 +308,17 @@ void AltitudeFillTest::leavesTheFileOnFailure()
     if (cause != QLatin1String("missing"))
         writeText(m_path, contents);
 
+    const QByteArray edit = header + row + "9\n";
+    std::optional<FullDisk> full;
     m_log.clear();
     fillAltitudesFromApi(
         m_path, m_provider, m_key, true,
         [&](const QString &line) {
             m_log.append(line);
+            if (cause == QLatin1String("edited") && line.startsWith(QLatin1String("Consultando")))
+                writeText(m_path, edit);
+            if (cause == QLatin1String("full disk"))
+                full.emplace(contents.size());
             if (cause == QLatin1String("gone") && line.startsWith(QLatin1String("DEBUG: Escritura")))
                 other.remove();
         },
@@ -316,8 +326,9 @@ void AltitudeFillTest::leavesTheFileOnFailure()
     QVERIFY2(m_log.constLast().startsWith(lastLine), qPrintable(m_log.constLast()));
     if (cause == QLatin1String("no key"))
         QCOMPARE(m_server.requests(), QStringList());
+    full.reset();
     if (QFile::exists(m_path))
-        QCOMPARE(bytesOf(m_path), contents);
+        QCOMPARE(bytesOf(m_path), cause == QLatin1String("edited") ? edit : contents);
 }
 
 void AltitudeFillTest::pausesAfterEveryRequest()

@@ -187,8 +187,9 @@ void JournalTest::takesBackWhatWasHalfDone()
     writePhoto(path(QStringLiteral("fotos/y.jpg")), plainImage({64, 48}), tagsAt(41));
     QVERIFY(QFile::copy(path(QStringLiteral("fotos/y.jpg")), path(QStringLiteral("salida/y.jpg"))));
     writeText(path(QStringLiteral("salida/otra.jpg")), "otra");
-    const QByteArray lines = "{'inicio':'x.jpg'}\n{'foto':'x.jpg','nombre':'nuevo.jpg'}\n"
-                             "{'inicio':'y.jpg'}\n{'foto':'y.jpg','nombre':'otra.jpg'}\n{'fin':'y.j";
+    const QByteArray lines =
+        "{'inicio':'x.jpg'}\n{'foto':'x.jpg','de':'x.jpg','nombre':'nuevo.jpg'}\n"
+        "{'inicio':'y.jpg'}\n{'foto':'y.jpg','de':'y.jpg','nombre':'otra.jpg'}\n{'fin':'y.j";
     QVERIFY(addToJournal(QByteArray(lines).replace('\'', '"')));
     // hidden files of the attempt before and of a task that still works
     writeText(

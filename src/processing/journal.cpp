@@ -20,7 +20,8 @@ const QString markKey = QStringLiteral("marca");
 // A photo: begun, about to get a name, finished with its feature of the map.
 const QString begunKey = QStringLiteral("inicio");
 const QString photoKey = QStringLiteral("foto");
-const QString nameKey = QStringLiteral("nombre");
+const QString nameKey = QStringLiteral("de");
+const QString newNameKey = QStringLiteral("nombre");
 const QString finishedKey = QStringLiteral("fin");
 const QString featureKey = QStringLiteral("punto");
 
@@ -70,7 +71,7 @@ std::unique_ptr<Journal> Journal::open(const Task &task, QString *error)
         error->prepend(cannot);
         return nullptr;
     }
-    if (!journal->append(journal->heading(), Durability::OnReturn)) {
+    if (!journal->beginAttempt()) {
         *error = cannot + journal->trouble();
         return nullptr;
     }
@@ -143,9 +144,10 @@ void Journal::take(const QJsonObject &entry)
     if (entry.contains(markKey)) {
         m_marks.append(entry.value(markKey).toString());
     } else if (entry.contains(begunKey)) {
-        m_halfDone.insert(entry.value(begunKey).toString(), QString());
-    } else if (entry.contains(nameKey)) {
-        m_halfDone.insert(entry.value(photoKey).toString(), entry.value(nameKey).toString());
+        m_halfDone.insert(entry.value(begunKey).toString(), {});
+    } else if (entry.contains(newNameKey)) {
+        m_halfDone.insert(entry.value(photoKey).toString(),
+                          {entry.value(nameKey).toString(), entry.value(newNameKey).toString()});
     } else if (entry.contains(finishedKey)) {
         const QString photo = entry.value(finishedKey).toString();
         m_finished.insert(photo, entry.value(featureKey).toObject());
@@ -153,20 +155,28 @@ void Journal::take(const QJsonObject &entry)
     }
 }
 
-void Journal::takeBackHalfDone()
+// Takes back what is half done. The journal has to say so before first names can be missing for another
+// reason: hence the order.
+bool Journal::beginAttempt()
 {
-    QSet<QString> folders;
+    QSet<QString> folders{m_task.outputFolder};
     for (auto photo = m_halfDone.cbegin(); photo != m_halfDone.cend(); ++photo) {
-        const QString copy = m_task.outputFolder + u'/' + photo.key();
-        folders.insert(folderOf(copy));
-        if (!photo->isEmpty())
-            takeBackRename(copy, folderOf(copy) + u'/' + *photo);
+        const QString folder = folderOf(m_task.outputFolder + u'/' + photo.key());
+        folders.insert(folder);
+        if (photo->newName.isEmpty())
+            continue;
+        takeBackRename(folder + u'/' + photo->name, folder + u'/' + photo->newName);
+        if (!append({{begunKey, photo.key()}}, Durability::Later))
+            return false;
     }
+    if (!append(heading(), Durability::OnReturn))
+        return false;
     for (const QString &folder : std::as_const(folders)) {
         for (const QString &mark : std::as_const(m_marks))
             removeUnfinishedFiles(folder, mark);
     }
     m_halfDone.clear();
+    return true;
 }
 
 bool Journal::begin(const QString &photo)
@@ -174,9 +184,9 @@ bool Journal::begin(const QString &photo)
     return append({{begunKey, photo}}, Durability::Later);
 }
 
-bool Journal::aboutToRename(const QString &photo, const QString &newName)
+bool Journal::aboutToRename(const QString &photo, const QString &name, const QString &newName)
 {
-    return append({{photoKey, photo}, {nameKey, newName}}, Durability::OnReturn);
+    return append({{photoKey, photo}, {nameKey, name}, {newNameKey, newName}}, Durability::OnReturn);
 }
 
 bool Journal::finish(const QString &photo, const QJsonObject &feature)

@@ -17,9 +17,10 @@
 ///
 /// It is a hidden file of one JSON object to a line, only ever appended to. Before anything of a photo comes
 /// into the output folder, a line says that it has begun; before its copy takes a new name, a line with that
-/// name is on the disk; only when the whole result is on the disk, a line says that it has finished. Since
-/// the copy's first name is kept for it until then, its absence tells that the new name was taken. Photos are
-/// named by their path relative to the root. Serves all threads of a run.
+/// name is on the disk; only when the whole result is on the disk, a line says that it has finished. The
+/// copy's first name, its own or a hidden one, is kept for it until then, so the absence of that name tells
+/// that the copy has got the new one. Photos are named by their path relative to the root. Serves all threads
+/// of a run.
 class Journal
 {
 public:
@@ -30,10 +31,12 @@ public:
         QJsonObject options; ///< whatever the looks and the names of the results depend on
     };
 
-    /// Opens the journal of a task, made where it is missing, and reads it. Nothing, with the reason for the
-    /// user in `error`, when it cannot be read or written, when another process has it open, or when a
-    /// journal in the output folder is that of another root, of other options, or of another number of parts:
-    /// photos would then be finished twice.
+    /// Opens the journal of a task, made where it is missing, reads it, and puts the output folder in order
+    /// after an attempt that was broken off: what bears a new name but was not finished gets back its first
+    /// one, in whose place the next copy comes; hidden files are removed. Nothing, with the reason for the
+    /// user in `error`, when the journal cannot be read or written, when another process has it open, or when
+    /// a journal in the output folder is that of another root, of other options, or of another number of
+    /// parts: photos would then be finished twice.
     static std::unique_ptr<Journal> open(const Task &task, QString *error);
 
     /// Whether an earlier attempt has finished the photo.
@@ -42,20 +45,20 @@ public:
     /// The photos that earlier attempts have finished, with their features of the map.
     const QHash<QString, QJsonObject> &finished() const { return m_finished; }
 
-    /// Puts the output folder in order after an attempt that was broken off. What bears a new name but was
-    /// not finished gets back the name of its photo, in whose place the next copy comes; hidden files are
-    /// removed.
-    void takeBackHalfDone();
-
     // What happens to a photo. They return false when the line could not be written.
     bool begin(const QString &photo);
-    bool aboutToRename(const QString &photo, const QString &newName);
+    bool aboutToRename(const QString &photo, const QString &name, const QString &newName);
     bool finish(const QString &photo, const QJsonObject &feature);
 
     /// Why a line could not be written; empty when all were.
     QString trouble() const;
 
 private:
+    struct Renaming {
+        QString name;
+        QString newName;
+    };
+
     explicit Journal(const Task &task);
     Q_DISABLE_COPY_MOVE(Journal)
 
@@ -63,12 +66,13 @@ private:
     bool agreesWithOthers(QString *error) const;
     bool read(QString *error);
     void take(const QJsonObject &entry);
+    bool beginAttempt();
     QJsonObject heading() const;
     bool append(const QJsonObject &entry, Durability durability);
 
     const Task m_task;
     QHash<QString, QJsonObject> m_finished; ///< feature by photo
-    QHash<QString, QString> m_halfDone;     ///< by photo, the name that it was about to get, or empty
+    QHash<QString, Renaming> m_halfDone;    ///< by photo, what it was about to do, if anything
     QStringList m_marks;                    ///< of the hidden files of earlier attempts
     mutable QMutex m_mutex;                 ///< for what follows
     AppendFile m_file;

@@ -89,7 +89,7 @@ public:
             ++m_summary.notSaved;
             break;
         }
-        m_leftPhotos.insert(file.sourcePath(), {file.sourcePath(), file.path(), result.reason});
+        m_leftPhotos.insert(file.sourcePath(), {file.sourcePath(), file.nowAt(), result.reason});
     }
 
     PhotoProcessor::Summary summary() const
@@ -146,7 +146,6 @@ Share shareOf(const QStringList &photos, const QDir &root, const PhotoPart &part
         files.noLongerAwaited(photo);
     }
     if (journal) {
-        journal->takeBackHalfDone();
         for (const QJsonObject &feature : journal->finished())
             files.claim(resultOf(feature));
     }
