@@ -4,6 +4,7 @@
 #include "data/settings.h"
 #include "photofiles.h"
 #include "support/elevationserver.h"
+#include "support/fulldisk.h"
 
 #include <QElapsedTimer>
 #include <QTcpServer>
@@ -255,6 +256,15 @@ void AltitudeFillTest::leavesTheFileOnFailure()
     QCOMPARE(filled(contents), "changed");
     QVERIFY(m_log.constLast().startsWith(
         QLatin1String("Error: No se pudo guardar los cambios en el CSV: otro programa")));
+
+    std::optional<FullDisk> full;
+    m_onLine = [&](const QString &) {
+        full.emplace(contents.size());
+    };
+    filled(contents);
+    full.reset();
+    QCOMPARE(bytesOf(m_path), contents);
+    QVERIFY(m_log.constLast().startsWith(QLatin1String("Error: No se pudo guardar los cambios en el CSV: ")));
 
     QTemporaryDir other;
     m_path = other.filePath(QStringLiteral("tabla.csv"));

@@ -141,6 +141,13 @@ void CoordinatesFileTest::decodesText()
     for (const QByteArray &content :
          QByteArrayList{row.toUtf8(), "\xEF\xBB\xBF" + row.toUtf8(), QByteArray(utf16(row))})
         QCOMPARE(read(content), "ñandú.jpg 19H 1 2 - - -");
+    QCOMPARE(read("a;19;H;1;2\n" + row.toLatin1()),
+             QStringLiteral("a 19H 1 2 - - -\n\ufffdand\ufffd.jpg 19H 1 2 - - -\n"
+                            "Advertencia: el archivo de coordenadas no está en UTF-8, y los nombres con ñ o "
+                            "tildes no se encuentran. Guárdelo como \"CSV UTF-8 (delimitado por punto y "
+                            "coma)\": %1")
+                 .arg(m_dir.filePath(QStringLiteral("coordenadas.csv")))
+                 .toUtf8());
 }
 
 void CoordinatesFileTest::reportsMissingFiles()

@@ -234,7 +234,8 @@ PhotoPipeline::Outcome PhotoPipeline::save(const std::optional<QByteArray> &pict
             contents = std::move(*complete);
     }
     QString writeError;
-    if (contents.bytes != m_source && !m_file.replace(contents.bytes, &writeError)) {
+    const bool isNew = contents.bytes != m_source || (picture && m_file.isWaiting());
+    if (isNew && !m_file.replace(contents.bytes, &writeError)) {
         imageError = imageError.isEmpty() ? writeError : imageError;
         metadataError = metadataError.isEmpty() ? writeError : metadataError;
     }
