@@ -70,7 +70,8 @@ void makeSample(const QDir &folder)
                      tags.orientation, tags.altitude, tags.dateTime});
         say(QStringLiteral("Foto: ") + path);
     }
-    if (QString error; !writeWhole(coordinatesPath, sampleFileContents(rows), &error))
+    QString error;
+    if (!writeWhole(coordinatesPath, sampleFileContents(rows), &error))
         qFatal("No se pudo escribir %s: %s", qPrintable(coordinatesPath), qPrintable(error));
     if (!paintLogo(400).save(folder.filePath(QStringLiteral("logo.png"))))
         qFatal("No se pudo escribir el logo");
