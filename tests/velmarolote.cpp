@@ -5,6 +5,7 @@
 #include <QImageReader>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -136,6 +137,19 @@ void VelmaroLoteTest::refuses_data()
     rows("quality too high", QStringLiteral("fotos|--calidad|101"), QStringLiteral("calidad"));
     rows("quality no number", QStringLiteral("fotos|--calidad|alta"), QStringLiteral("calidad"));
     rows("no threads", QStringLiteral("fotos|--hilos|0"), QStringLiteral("hilos"));
+    rows("part beyond the last", QStringLiteral("fotos|--salida|.|--parte|3/2"), QStringLiteral("forma K/N"));
+    rows("part in place", QStringLiteral("fotos|--parte|1/2"),
+         QStringLiteral("--parte solo se puede usar con --salida."));
+    rows("resuming in place", QStringLiteral("fotos|--reanudar"),
+         QStringLiteral("--reanudar solo se puede usar con --salida."));
+    rows("part into the photos", QStringLiteral("fotos|--parte|1/2|--salida|enlace"),
+         QStringLiteral("fuera de la carpeta de fotos"));
+    rows("resuming around the photos", QStringLiteral("fotos|--reanudar|--subcarpetas|--salida|."),
+         QStringLiteral("fuera de la carpeta de salida"));
+    rows("map over a profile", QStringLiteral("fotos|--geojson|logo.json"),
+         QStringLiteral("no es un mapa GeoJSON"));
+    rows("map nowhere", QStringLiteral("fotos|--geojson|nada/mapa.geojson"),
+         QStringLiteral("el mapa GeoJSON"));
 }
 
 void VelmaroLoteTest::refuses()
@@ -145,6 +159,7 @@ void VelmaroLoteTest::refuses()
     writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({16, 16}));
     writeText(path("lista.json"), "[1]");
     writeText(path("logo.json"), R"({"logoPath": "/nada/logo.png"})");
+    QFile::link(photos(), path("enlace"));
     const QByteArray original = bytesOf(photos() + QStringLiteral("/a.jpg"));
     const QString before = QDir::currentPath();
     QDir::setCurrent(m_folder->path());
@@ -158,14 +173,32 @@ void VelmaroLoteTest::refuses()
     QCOMPARE(bytesOf(photos() + QStringLiteral("/a.jpg")), original);
 }
 
+// The help, the manual page and the completion know the same options.
 void VelmaroLoteTest::informs()
 {
+    const auto optionsIn = [](const QString &text) {
+        QSet<QString> options;
+        static const QRegularExpression form(QStringLiteral("--[a-z]+(-[a-z]+)*"));
+        for (auto match = form.globalMatch(text); match.hasNext();)
+            options.insert(match.next().captured());
+        return options;
+    };
+    const auto sourceOf = [](const char *file) {
+        return QString::fromUtf8(
+            bytesOf(QStringLiteral(VELMARO_SOURCES "/packaging/") + QString::fromUtf8(file)));
+    };
     QCOMPARE(run({QStringLiteral("--help")}), 0);
-    for (const char *option :
-         {"--perfil <ARCHIVO>", "--coordenadas <ARCHIVO>", "--logo <IMAGEN>", "--sin-logo",
-          "--salida <CARPETA>", "--subcarpetas", "--sin-renombrar", "--sin-respaldo", "--sin-incrustar",
-          "--prefijo <TEXTO>", "--calidad <N>", "--hilos <N>", "CARPETA"})
-        QVERIFY2(m_output.contains(QString::fromLatin1(option)), option);
+    const QSet<QString> options = optionsIn(m_output);
+    QVERIFY(options.size() > 10);
+    QCOMPARE(optionsIn(sourceOf("man/velmaro-lote.1.in").remove(u'\\')), options);
+    static const QRegularExpression option(QStringLiteral("^ +--(\\S+) <"),
+                                           QRegularExpression::MultilineOption);
+    const QString completion = sourceOf("velmaro-lote.bash");
+    for (auto match = option.globalMatch(m_output); match.hasNext();) {
+        const QString name = match.next().captured(1);
+        QVERIFY2(completion.contains(QRegularExpression(QStringLiteral("--%1\\b").arg(name))),
+                 qPrintable(name));
+    }
     QCOMPARE(run({QStringLiteral("--version")}), 0);
     QVERIFY(m_output.startsWith(QLatin1String("velmaro-lote ")));
 }
