@@ -3,6 +3,7 @@
 
 #include "data/geojson.h"
 #include "data/preset.h"
+#include "data/runrequest.h"
 #include "data/settings.h"
 #include "files/folderidentity.h"
 #include "files/folders.h"
@@ -10,6 +11,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <limits>
@@ -43,6 +45,7 @@ constexpr OptionRow optionRows[] = {
     {"geojson", "ARCHIVO", "Escribe un mapa con un punto por cada foto terminada."},
 };
 
+const QString noFolder = QStringLiteral("Seleccione un directorio de fotos válido.");
 const QString helpOption = QStringLiteral("help");
 const QString versionOption = QStringLiteral("version");
 
@@ -68,11 +71,6 @@ std::optional<int> wholeNumber(const QString &text, int lowest, int highest)
     return ok && number >= lowest && number <= highest ? std::optional(number) : std::nullopt;
 }
 
-bool isFile(const QString &path)
-{
-    return QFileInfo(path).isFile();
-}
-
 bool isFolder(const QString &path)
 {
     return !path.isEmpty() && QDir(path).exists();
@@ -91,21 +89,6 @@ bool isWithin(const QString &folder, const QString &root)
     return true;
 }
 
-// The refusals of the window, in its order; empty when there is none.
-QString refusalOf(const BatchRequest &request)
-{
-    const ProcessOptions &options = request.options;
-    if (!isFolder(request.directory))
-        return QStringLiteral("Seleccione un directorio de fotos válido.");
-    if (!options.logoPath.isEmpty() && !isFile(options.logoPath))
-        return QStringLiteral("Seleccione un archivo de logo válido.");
-    if (!options.useExif && !isFile(options.txtPath))
-        return QStringLiteral("Seleccione un archivo txt válido (o cambie el modo a EXIF).");
-    if (options.useOutputFolder && !isFolder(options.outputFolder))
-        return QStringLiteral("Seleccione una carpeta de salida válida.");
-    return {};
-}
-
 bool isSet(const QCommandLineParser &parser, const char *name)
 {
     return parser.isSet(QString::fromLatin1(name));
@@ -116,57 +99,47 @@ QString valueOf(const QCommandLineParser &parser, const char *name)
     return parser.value(QString::fromLatin1(name));
 }
 
-// The profile, if any, and what the command line says above it. Nothing when the profile cannot be read.
-std::optional<Preset> presetFrom(const QCommandLineParser &parser)
+// The run that the command line asks for on top of the profile.
+RunRequest requestFrom(const QCommandLineParser &parser, const Preset &profile)
 {
-    Preset preset = Preset::atStart();
-    if (isSet(parser, "perfil")) {
-        const std::optional<QJsonObject> profile = readProfile(valueOf(parser, "perfil"));
-        if (!profile)
-            return std::nullopt;
-        preset.apply(*profile);
-    }
+    RunRequest request;
+    request.directory = parser.positionalArguments().constFirst();
+    request.preset = profile;
     if (isSet(parser, "logo"))
-        preset.logoPath = valueOf(parser, "logo");
+        request.preset.logoPath = valueOf(parser, "logo");
     if (isSet(parser, "sin-renombrar"))
-        preset.renamePhotos = false;
+        request.preset.renamePhotos = false;
     if (isSet(parser, "prefijo")) {
-        preset.usePrefix = true;
-        preset.prefix = valueOf(parser, "prefijo");
+        request.preset.usePrefix = true;
+        request.preset.prefix = valueOf(parser, "prefijo");
     }
-    return preset;
-}
-
-ProcessOptions optionsFrom(const QCommandLineParser &parser, const Preset &preset)
-{
-    ProcessOptions options;
-    preset.fill(options, !isSet(parser, "sin-logo"));
-    options.useExif = !isSet(parser, "coordenadas");
-    options.txtPath = valueOf(parser, "coordenadas");
-    options.includeSubfolders = isSet(parser, "subcarpetas");
-    options.embedCsvInExif = !isSet(parser, "sin-incrustar");
-    options.useOutputFolder = isSet(parser, "salida");
-    options.outputFolder = valueOf(parser, "salida");
-    options.createBackup = !isSet(parser, "sin-respaldo") && !options.useOutputFolder;
-    options.jpegQuality = Settings::load().jpegQuality;
-    return options;
+    request.drawLogo = !isSet(parser, "sin-logo") && !request.preset.logoPath.isEmpty();
+    request.run.useExif = !isSet(parser, "coordenadas");
+    request.run.txtPath = valueOf(parser, "coordenadas");
+    request.run.includeSubfolders = isSet(parser, "subcarpetas");
+    request.run.embedCsvInExif = !isSet(parser, "sin-incrustar");
+    request.run.useOutputFolder = isSet(parser, "salida");
+    request.run.outputFolder = valueOf(parser, "salida");
+    request.run.createBackup = !isSet(parser, "sin-respaldo");
+    request.run.jpegQuality = Settings::load().jpegQuality;
+    return request;
 }
 
 // Reads the options that are numbers. Returns the refusal; empty when there is none.
-QString readNumbers(const QCommandLineParser &parser, BatchRequest &request)
+QString readNumbers(const QCommandLineParser &parser, RunRequest &request, BatchRequest &batch)
 {
     constexpr int highest = std::numeric_limits<int>::max();
     if (isSet(parser, "calidad")) {
         const std::optional<int> quality = wholeNumber(valueOf(parser, "calidad"), 1, 100);
         if (!quality)
             return QStringLiteral("La calidad debe ser un número entero de 1 a 100.");
-        request.options.jpegQuality = *quality;
+        request.run.jpegQuality = *quality;
     }
     if (isSet(parser, "hilos")) {
         const std::optional<int> threads = wholeNumber(valueOf(parser, "hilos"), 1, highest);
         if (!threads)
             return QStringLiteral("Los hilos deben ser un número entero de 1 en adelante.");
-        request.threads = *threads;
+        batch.threads = *threads;
     }
     if (isSet(parser, "parte")) {
         const QString text = valueOf(parser, "parte");
@@ -174,38 +147,38 @@ QString readNumbers(const QCommandLineParser &parser, BatchRequest &request)
         const std::optional<int> number = wholeNumber(text.section(u'/', 0, 0), 1, count.value_or(0));
         if (!number)
             return QStringLiteral("La parte debe tener la forma K/N, con K de 1 a N.");
-        request.part = {*number, *count};
+        batch.part = {*number, *count};
     }
     return {};
 }
 
 // What looks and names of the results depend on, for a journal to tell one run from another. The default font
 // lies beside the program, which may be installed elsewhere on another machine.
-QJsonObject resultsOf(const BatchRequest &request, const Preset &preset)
+QJsonObject resultsOf(const RunRequest &request)
 {
-    QJsonObject results = preset.toJson();
-    if (preset.fontPath == defaultFontPath())
+    QJsonObject results = request.preset.toJson();
+    if (request.preset.fontPath == defaultFontPath())
         results.remove(QStringLiteral("fontPath"));
-    results[QStringLiteral("logo")] = !request.options.logoPath.isEmpty();
-    results[QStringLiteral("exif")] = request.options.useExif;
-    results[QStringLiteral("incrustar")] = request.options.embedCsvInExif;
-    results[QStringLiteral("calidad")] = request.options.jpegQuality;
+    results[QStringLiteral("logo")] = request.drawLogo;
+    results[QStringLiteral("exif")] = request.run.useExif;
+    results[QStringLiteral("incrustar")] = request.run.embedCsvInExif;
+    results[QStringLiteral("calidad")] = request.run.jpegQuality;
     return results;
 }
 
 // What speaks against sharing the work out, or taking it up again. One task would see what another one, or an
 // earlier attempt, has made, and take it for photos.
-QString refusalOfSharing(const QCommandLineParser &parser, const BatchRequest &request)
+QString refusalOfSharing(const QCommandLineParser &parser, const RunRequest &request)
 {
     for (const char *name : {"parte", "reanudar"}) {
         if (!isSet(parser, name))
             continue;
         const QString option = QStringLiteral("--") + QString::fromLatin1(name);
-        if (!request.options.useOutputFolder)
+        if (!request.run.useOutputFolder)
             return option + QStringLiteral(" solo se puede usar con --salida.");
-        if (isWithin(request.options.outputFolder, request.directory))
+        if (isWithin(request.run.outputFolder, request.directory))
             return option + QStringLiteral(" necesita una carpeta de salida fuera de la carpeta de fotos.");
-        if (request.options.includeSubfolders && isWithin(request.directory, request.options.outputFolder))
+        if (request.run.includeSubfolders && isWithin(request.directory, request.run.outputFolder))
             return option + QStringLiteral(" con --subcarpetas necesita una carpeta de fotos fuera de la "
                                            "carpeta de salida.");
     }
@@ -240,23 +213,30 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
     if (parser.positionalArguments().size() != 1)
         return Refusal{QStringLiteral("Indique una carpeta de fotos. Con --help se muestra la ayuda.")};
 
-    const std::optional<Preset> preset = presetFrom(parser);
-    if (!preset)
-        return Refusal{QStringLiteral("No se pudo leer el perfil: ") + valueOf(parser, "perfil")};
-    BatchRequest request;
-    request.directory = parser.positionalArguments().constFirst();
-    request.options = optionsFrom(parser, *preset);
-    request.resume = isSet(parser, "reanudar");
-    request.mapPath = valueOf(parser, "geojson");
-    QString reason = readNumbers(parser, request);
+    Preset profile = Preset::atStart();
+    if (isSet(parser, "perfil")) {
+        const std::optional<QJsonObject> object = readProfile(valueOf(parser, "perfil"));
+        if (!object)
+            return Refusal{QStringLiteral("No se pudo leer el perfil: ") + valueOf(parser, "perfil")};
+        profile.apply(*object);
+    }
+
+    RunRequest request = requestFrom(parser, profile);
+    BatchRequest batch;
+    QString reason = readNumbers(parser, request, batch);
+    // An empty argument names no folder, not even the current one.
     if (reason.isEmpty())
-        reason = refusalOf(request);
+        reason = request.directory.isEmpty() ? noFolder : request.refusal();
     if (reason.isEmpty())
         reason = refusalOfSharing(parser, request);
     if (reason.isEmpty() && isSet(parser, "geojson"))
-        reason = refusalOfMap(request.mapPath);
+        reason = refusalOfMap(valueOf(parser, "geojson"));
     if (!reason.isEmpty())
         return Refusal{reason};
-    request.results = resultsOf(request, *preset);
-    return request;
+    batch.directory = request.directory;
+    batch.options = request.options();
+    batch.resume = isSet(parser, "reanudar");
+    batch.mapPath = valueOf(parser, "geojson");
+    batch.results = resultsOf(request);
+    return batch;
 }

@@ -222,6 +222,16 @@ void PhotoProcessor::setFinishedCallback(const FinishedCallback &callback)
     m_onFinished = callback;
 }
 
+void PhotoProcessor::setCoordinatesTable(const CoordinatesTable &table)
+{
+    m_table = table;
+}
+
+void PhotoProcessor::setStopRequest(const StopRequest &stopRequested)
+{
+    m_stopRequested = stopRequested;
+}
+
 PhotoProcessor::Summary PhotoProcessor::summary() const
 {
     return m_summary;
@@ -246,7 +256,7 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
     const Logo logo(loadedLogo(m_options.logoPath, buffers, log));
     std::optional<CoordinatesTable> table;
     if (!m_options.useExif && !m_options.txtPath.isEmpty())
-        table = readCoordinatesFile(m_options.txtPath, log);
+        table = m_table ? *m_table : readCoordinatesFile(m_options.txtPath, log);
 
     QElapsedTimer timer;
     timer.start();
@@ -266,6 +276,8 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
 
     mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
               [&](const QString &path) {
+                  if (m_stopRequested && m_stopRequested())
+                      return;
                   const size_t slot = logSlots.take();
                   PhotoPipeline pipeline(run, path);
                   const PhotoResult result = processGuarded(pipeline);

@@ -12,6 +12,7 @@
 #include <functional>
 
 class Journal;
+#include <optional>
 
 /// The engine: carries out a batch over one folder of photos.
 class PhotoProcessor : public QObject
@@ -59,6 +60,13 @@ public:
     /// Called for every photo that this run finishes, from any thread.
     using FinishedCallback = std::function<void(const MapPoint &)>;
     void setFinishedCallback(const FinishedCallback &callback);
+    /// The rows of the coordinates file, for whoever has them already; without them a run in that mode reads
+    /// the file.
+    void setCoordinatesTable(const CoordinatesTable &table);
+
+    /// Asked before each photo; once it says yes, no further photo is taken up, and the photos in hand are
+    /// finished.
+    void setStopRequest(const StopRequest &stopRequested);
 
     /// Runs the batch and returns when every photo is done. Never to be called from the GUI thread with more
     /// than one photo, which it would block. `directory` is the root of the run.
@@ -88,6 +96,8 @@ private:
     PhotoPart m_part;
     Journal *m_journal = nullptr;
     FinishedCallback m_onFinished;
+    std::optional<CoordinatesTable> m_table;
+    StopRequest m_stopRequested;
     Summary m_summary;
 };
 
