@@ -10,7 +10,10 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+<<<<<<< HEAD
 #include <QDir>
+=======
+>>>>>>> main
 #include <QFile>
 #include <QFileInfo>
 
@@ -71,11 +74,14 @@ std::optional<int> wholeNumber(const QString &text, int lowest, int highest)
     return ok && number >= lowest && number <= highest ? std::optional(number) : std::nullopt;
 }
 
+<<<<<<< HEAD
 bool isFolder(const QString &path)
 {
     return !path.isEmpty() && QDir(path).exists();
 }
 
+=======
+>>>>>>> main
 // Whether a folder is `root` or lies in it, whatever the paths look like.
 bool isWithin(const QString &folder, const QString &root)
 {
@@ -113,7 +119,20 @@ RunRequest requestFrom(const QCommandLineParser &parser, const Preset &profile)
         request.preset.usePrefix = true;
         request.preset.prefix = valueOf(parser, "prefijo");
     }
+<<<<<<< HEAD
     request.drawLogo = !isSet(parser, "sin-logo") && !request.preset.logoPath.isEmpty();
+=======
+    return preset;
+}
+
+// The run that the command line asks for on top of the profile.
+RunRequest requestFrom(const QCommandLineParser &parser, const Preset &preset)
+{
+    RunRequest request;
+    request.directory = parser.positionalArguments().constFirst();
+    request.preset = preset;
+    request.drawLogo = !isSet(parser, "sin-logo") && !preset.logoPath.isEmpty();
+>>>>>>> main
     request.run.useExif = !isSet(parser, "coordenadas");
     request.run.txtPath = valueOf(parser, "coordenadas");
     request.run.includeSubfolders = isSet(parser, "subcarpetas");
@@ -190,7 +209,7 @@ QString refusalOfMap(const QString &path)
 {
     const QFileInfo info(path);
     QFile file(path);
-    if (path.isEmpty() || info.isDir() || !isFolder(info.absolutePath()))
+    if (path.isEmpty() || info.isDir() || !QFileInfo(info.absolutePath()).isDir())
         return QStringLiteral("No se puede escribir el mapa GeoJSON en: ") + path;
     if (info.exists() && (!file.open(QIODevice::ReadOnly) || !isMap(file.readAll())))
         return QStringLiteral("El archivo existe y no es un mapa GeoJSON; no se reemplaza: ") + path;
@@ -213,6 +232,7 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
     if (parser.positionalArguments().size() != 1)
         return Refusal{QStringLiteral("Indique una carpeta de fotos. Con --help se muestra la ayuda.")};
 
+<<<<<<< HEAD
     Preset profile = Preset::atStart();
     if (isSet(parser, "perfil")) {
         const std::optional<QJsonObject> object = readProfile(valueOf(parser, "perfil"));
@@ -227,16 +247,36 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
     // An empty argument names no folder, not even the current one.
     if (reason.isEmpty())
         reason = request.directory.isEmpty() ? noFolder : request.refusal();
+=======
+    const std::optional<Preset> preset = presetFrom(parser);
+    if (!preset)
+        return Refusal{QStringLiteral("No se pudo leer el perfil: ") + valueOf(parser, "perfil")};
+    const RunRequest run = requestFrom(parser, *preset);
+    BatchRequest request;
+    request.directory = run.directory;
+    request.options = run.options();
+    request.resume = isSet(parser, "reanudar");
+    request.mapPath = valueOf(parser, "geojson");
+    QString reason = readNumbers(parser, request);
+    if (reason.isEmpty())
+        // An empty argument names no folder, not even the current one.
+        reason = run.directory.isEmpty() ? noFolder : run.refusal();
+>>>>>>> main
     if (reason.isEmpty())
         reason = refusalOfSharing(parser, request);
     if (reason.isEmpty() && isSet(parser, "geojson"))
         reason = refusalOfMap(valueOf(parser, "geojson"));
     if (!reason.isEmpty())
         return Refusal{reason};
+<<<<<<< HEAD
     batch.directory = request.directory;
     batch.options = request.options();
     batch.resume = isSet(parser, "reanudar");
     batch.mapPath = valueOf(parser, "geojson");
     batch.results = resultsOf(request);
     return batch;
+=======
+    request.results = resultsOf(request, *preset);
+    return request;
+>>>>>>> main
 }

@@ -207,6 +207,19 @@ void PhotoProcessor::setThreadCount(int threads)
     m_threadCount = threads;
 }
 
+<<<<<<< HEAD
+=======
+void PhotoProcessor::setCoordinatesTable(const CoordinatesTable &table)
+{
+    m_table = table;
+}
+
+void PhotoProcessor::setStopRequest(const StopRequest &stopRequested)
+{
+    m_stopRequested = stopRequested;
+}
+
+>>>>>>> main
 void PhotoProcessor::setPart(const PhotoPart &part)
 {
     m_part = part;
@@ -220,6 +233,7 @@ void PhotoProcessor::setJournal(Journal *journal)
 void PhotoProcessor::setFinishedCallback(const FinishedCallback &callback)
 {
     m_onFinished = callback;
+<<<<<<< HEAD
 }
 
 void PhotoProcessor::setCoordinatesTable(const CoordinatesTable &table)
@@ -230,6 +244,8 @@ void PhotoProcessor::setCoordinatesTable(const CoordinatesTable &table)
 void PhotoProcessor::setStopRequest(const StopRequest &stopRequested)
 {
     m_stopRequested = stopRequested;
+=======
+>>>>>>> main
 }
 
 PhotoProcessor::Summary PhotoProcessor::summary() const
