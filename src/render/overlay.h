@@ -48,6 +48,9 @@ public:
     Overlay(QSize stored, const OverlayData &data, const ProcessOptions &options,
             const OverlayResources &resources, const LogCallback &log);
 
+    /// The size of the stored picture.
+    QSize pictureSize() const { return m_picture.size(); }
+
     /// Rectangles of the stored picture, all within it, outside which nothing is painted. They may overlap.
     QList<QRect> areas() const;
 
