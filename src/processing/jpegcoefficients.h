@@ -17,7 +17,8 @@ struct JpegCoding {
     /// count.
     bool keepTables = false;
 
-    QSize dotsPerMeter; ///< the density written when the photo's JFIF header gives none; empty: no density
+    QSize dotsPerMeter =
+        {}; ///< the density written when the photo's JFIF header gives none; empty: no density
 };
 
 /// Stamps a JPEG without decoding what the stamp leaves alone.

@@ -14,8 +14,7 @@ bool joinLast(QList<QRect> &pieces)
 {
     for (qsizetype other = 0; other < pieces.size() - 1; ++other) {
         const QRect both = pieces[other] | pieces.last();
-        if (pieces[other].intersects(pieces.last()) ||
-            cost(both) <= cost(pieces[other]) + cost(pieces.last())) {
+        if (cost(both) <= cost(pieces[other]) + cost(pieces.last())) {
             pieces.removeLast();
             pieces.removeAt(other);
             pieces.append(both);

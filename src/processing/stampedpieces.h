@@ -6,6 +6,6 @@
 #include <QSize>
 
 /// The pieces to cut out of a picture so that they hold all `areas` (in pixels), in units of MCUs of `mcu`
-/// pixels. No two overlap: areas that share an MCU come in one piece, and so do those for which one piece is
-/// no larger, margins of one MCU counted.
+/// pixels. Areas for which one piece is no larger than two come in one, margins of one MCU counted. Others
+/// may still overlap.
 QList<QRect> piecesOf(const QList<QRect> &areas, QSize mcu);
