@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/jpegcoefficients.h"
 
+#include "processing/jpegcodec.h"
 #include "processing/jpegobject.h"
 #include "render/fontregistry.h"
 #include "samplephotos.h"
@@ -9,6 +10,7 @@
 #include <QTest>
 
 #include <functional>
+#include <tuple>
 
 namespace
 {
@@ -159,6 +161,7 @@ private slots:
     void changesOnlyWhereTheStampIs();
     void writesAPictureAlone();
     void refuses();
+    void keepsSamplingThroughPixels();
 
 private:
     Overlay overlay(QSize size, int orientation = 1, double logoRatio = 0.2) const;
@@ -336,6 +339,23 @@ void JpegCoefficientsTest::refuses()
     QVERIFY(!stamped(jpeg, overlay(m_photo.size().transposed()), {}));
     QVERIFY(!stamped(jpeg, overlay(m_photo.size(), 1, 3.0), {}));
     QVERIFY(stamped(jpeg, overlay(m_photo.size(), 1, 3.0), {.keepTables = true}));
+}
+
+// Through pixels too a photo keeps its sampling, and a quality out of range is brought into it.
+void JpegCoefficientsTest::keepsSamplingThroughPixels()
+{
+    const auto throughPixels = [this](const QByteArray &jpeg, int quality) {
+        QString error;
+        return encodedJpeg(m_photo, quality, chromaSamplingOf(jpeg), &error).value();
+    };
+    for (const auto &[across, down, keeps] :
+         {std::tuple(1, 1, true), {2, 1, true}, {1, 2, true}, {2, 2, true}, {4, 1, false}}) {
+        const QByteArray jpeg = encoded(m_photo, sourceQuality, sampling(across, down));
+        const Component luma = componentsOf(throughPixels(jpeg, 90)).constFirst();
+        QCOMPARE(QSize(luma.across, luma.down), keeps ? QSize(across, down) : QSize(2, 2));
+    }
+    QCOMPARE(throughPixels({}, -1), throughPixels({}, 75));
+    QCOMPARE(throughPixels({}, 101), throughPixels({}, 100));
 }
 
 QTEST_MAIN(JpegCoefficientsTest)

@@ -65,7 +65,8 @@ std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffi
     const QByteArray format = suffix.toLower().toLatin1();
     if (format == "jpg" || format == "jpeg") {
         const QImage opaque = image.hasAlphaChannel() ? laidOnWhite(image) : image;
-        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, error);
+        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, ChromaSampling::Half,
+                           error);
     }
 
     QByteArray encoded;
