@@ -111,6 +111,7 @@ Overlay::Overlay(QSize stored, const OverlayData &data, const ProcessOptions &op
                  const OverlayResources &resources, const LogCallback &log)
     : m_picture(QPoint(0, 0), stored)
     , m_canvas(displayedSize(stored, data.exifOrientation))
+    , m_orientation(data.exifOrientation)
     , m_toStored(displayedToStored(stored, data.exifOrientation))
 {
     if (stored.isEmpty())
@@ -134,10 +135,17 @@ void Overlay::add(const QRect &displayed, const std::function<void(QPainter &)> 
         m_elements.append({area, paint});
 }
 
+// Pictures are turned here, once, and not while they are painted: blending turned pixels rounds in a way that
+// depends on where a piece begins.
 void Overlay::addPicture(const QImage &picture, QPoint place)
 {
-    add(QRect(place, picture.size()),
-        [picture, place](QPainter &painter) { painter.drawImage(place, picture); });
+    const QRect displayed(place, picture.size());
+    const QImage stored = turnedAsStored(picture, m_orientation);
+    const QPoint storedPlace = m_toStored.mapRect(displayed).topLeft();
+    add(displayed, [stored, storedPlace, toDisplayed = m_toStored.inverted()](QPainter &painter) {
+        painter.setTransform(toDisplayed, true);
+        painter.drawImage(storedPlace, stored);
+    });
 }
 
 void Overlay::addLogo(const ProcessOptions &options, const Logo &logo)

@@ -77,6 +77,7 @@ private:
 
     QRect m_picture;
     QSize m_canvas; ///< the picture as displayed
+    int m_orientation;
     QTransform m_toStored;
     QList<Element> m_elements; ///< in painting order
 };
