@@ -318,6 +318,8 @@ void JpegCoefficientsTest::refuses()
     QByteArray tall = jpeg;
     const qsizetype frame = tall.indexOf(QByteArray("\xff\xc0\0\x11", 4));
     tall.replace(frame + 5, 2, QByteArray("\xff\0", 2));
+    QByteArray zeroStep = jpeg;
+    zeroStep[zeroStep.indexOf("\xff\xdb") + 7] = 0;
     const Overlay stamp = overlay(m_photo.size(), 1, 0.1);
     QVERIFY(stamped(jpeg, stamp, {}));
 
@@ -329,6 +331,7 @@ void JpegCoefficientsTest::refuses()
         {"without its end", jpeg.chopped(2)},
         {"damaged", damaged},
         {"a forged height", tall},
+        {"a step of zero", zeroStep},
         {"grey", space(JCS_GRAYSCALE)},
         {"CMYK", space(JCS_CMYK)},
         {"another sampling", encoded(m_photo, sourceQuality, sampling(4, 2))},

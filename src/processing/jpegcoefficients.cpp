@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -110,6 +111,7 @@ private:
     bool isSuitable();
     bool planPieces();
     bool startReading();
+    bool hasTables();
     bool readRowsTo(int mcuRow);
     bool readToEnd();
     void setUp(jpeg_compress_struct *encoder, const QSize &size);
@@ -185,7 +187,18 @@ bool Stamper::startReading()
         m_source->buffered_image = TRUE;
         jpeg_start_decompress(m_source.get());
     });
-    return started && m_source.components() == componentCount && (!allAtOnce || readToEnd());
+    return started && m_source.components() == componentCount && (!allAtOnce || readToEnd()) && hasTables();
+}
+
+// Whether every component has a quantisation table, without steps of 0.
+bool Stamper::hasTables()
+{
+    return std::all_of(m_source->comp_info, m_source->comp_info + componentCount,
+                       [](const jpeg_component_info &component) {
+                           const JQUANT_TBL *table = component.quant_table;
+                           return table && std::find(std::begin(table->quantval), std::end(table->quantval),
+                                                     0) == std::end(table->quantval);
+                       });
 }
 
 bool Stamper::readRowsTo(int mcuRow)
@@ -262,11 +275,9 @@ std::optional<QByteArray> Stamper::stamped()
         setTables(encoder.get());
         setDensity(encoder.get());
         for (size_t component = 0; component < componentCount && !m_coding.keepTables; ++component) {
-            const JQUANT_TBL *from = m_source->comp_info[component].quant_table;
-            const JQUANT_TBL *to = encoder->quant_tbl_ptrs[encoder->comp_info[component].quant_tbl_no];
-            if (!from)
-                return;
-            m_requantisers[component] = Requantiser(*from, *to);
+            const int table = encoder->comp_info[component].quant_tbl_no;
+            m_requantisers[component] =
+                Requantiser(*m_source->comp_info[component].quant_table, *encoder->quant_tbl_ptrs[table]);
         }
         jpeg_write_coefficients(encoder.get(), encoder.arrays());
         jpeg_finish_compress(encoder.get());

@@ -16,7 +16,7 @@ public:
     /// Changes nothing.
     Requantiser() = default;
 
-    /// The steps of `to` are 1 to 255.
+    /// No step is 0, those of `to` are at most 255.
     Requantiser(const JQUANT_TBL &from, const JQUANT_TBL &to);
 
     void convert(JBLOCKROW blocks, int count) const;
