@@ -7,10 +7,16 @@ function(velmaro_compile_settings target)
     if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off)
         if(VELMARO_SANITIZE)
-            target_compile_options(${target} PRIVATE -fsanitize=address,undefined,float-cast-overflow
-                -fno-sanitize-recover=all
+            set(sanitizers ${VELMARO_SANITIZE})
+            if(VELMARO_SANITIZE STREQUAL "address")
+                set(sanitizers address,undefined,float-cast-overflow)
+            endif()
+            target_compile_options(${target} PRIVATE -fsanitize=${sanitizers} -fno-sanitize-recover=all
                 -fno-omit-frame-pointer)
-            target_link_options(${target} PRIVATE -fsanitize=address,undefined,float-cast-overflow)
+            if(VELMARO_SANITIZE STREQUAL "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+                target_compile_options(${target} PRIVATE -Wno-tsan) # fences of the standard library's headers
+            endif()
+            target_link_options(${target} PRIVATE -fsanitize=${sanitizers})
         endif()
     endif()
 endfunction()

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "data/coordinatesfile.h"
-#include "photofiles.h"
+#include "data/samplefile.h"
 #include "samplephotos.h"
 
 #include <QCommandLineParser>
@@ -11,92 +10,34 @@
 namespace
 {
 
-/// One photo of the sample folder. What is left out of `columns` is missing in its coordinates row; `exif`
-/// says whether the photo itself carries its data too.
-struct SampleRow {
+/// One photo of the sample folder. Those without EXIF have their data in the coordinates file alone.
+struct SamplePhoto {
     const char *path;
     QSize size;
     int orientation;
     bool exif;
     GeoPosition position;
-    double heading;
-    double altitude;
+    std::optional<double> heading;
+    std::optional<double> altitude;
     const char *taken;
-    const char *missingColumn; ///< header word of the column left empty in the coordinates file
 };
 
-constexpr SampleRow sampleRows[] = {
-    {"DSC_0001.JPG", {4000, 3000}, 1, true, {-33.35721, -70.31452}, 42.5, 2347.2, "2026-03-14T09:12:05", ""},
-    {"DSC_0002.JPG", {1600, 1200}, 1, true, {-33.35795, -70.31398}, 118.0, 2352.8, "2026-03-14T09:15:41", ""},
-    {"DSC_0003.jpg", {640, 480}, 1, true, {-33.35902, -70.31207}, 271.25, 2361.4, "2026-03-14T09:21:10", ""},
-    {"DSC_0004.jpg", {1200, 1600}, 1, true, {-33.36011, -70.31166}, 8.0, 2370.9, "2026-03-14T09:24:33", ""},
-    {"girada-3.jpg", {1600, 1200}, 3, true, {-33.36088, -70.31049}, 181.5, 2378.0, "2026-03-14T09:30:02", ""},
-    {"girada-6.jpg", {1200, 1600}, 6, true, {-33.36154, -70.30977}, 226.0, 2383.6, "2026-03-14T09:33:47", ""},
-    {"girada-8.jpg",
-     {1200, 1600},
-     8,
-     true,
-     {-33.36223, -70.30885},
-     330.75,
-     2391.1,
-     "2026-03-14T09:37:18",
-     ""},
-    {"lámina.png", {1600, 1200}, 1, true, {-33.36301, -70.30812}, 64.0, 2398.5, "2026-03-14T09:42:26", ""},
-    {"escaneada.tiff",
-     {1600, 1200},
-     1,
-     true,
-     {-33.36377, -70.30731},
-     92.0,
-     2404.7,
-     "2026-03-14T09:48:59",
-     ""},
-    {"sin-datos-1.jpg",
-     {1600, 1200},
-     1,
-     false,
-     {-33.36442, -70.3066},
-     15.0,
-     0.0,
-     "2026-03-14T09:55:13",
-     "altitud"},
-    {"sin-datos-2.png",
-     {640, 480},
-     1,
-     false,
-     {-33.36519, -70.30577},
-     0.0,
-     2417.3,
-     "2026-03-14T09:58:40",
-     "orientacion"},
-    {"sin-datos-3.tiff", {640, 480}, 1, false, {-33.3659, -70.30503}, 140.0, 2421.9, "", "fecha_hora"},
-    {"sector-norte/DSC_0101.JPG",
-     {4000, 3000},
-     1,
-     true,
-     {-33.34118, -70.32005},
-     305.0,
-     2512.0,
-     "2026-03-15T16:02:11",
-     ""},
-    {"sector-norte/DSC_0102.JPG",
-     {1600, 1200},
-     6,
-     true,
-     {-33.34046, -70.32091},
-     77.5,
-     2519.4,
-     "2026-03-15T16:05:30",
-     ""},
-    {"sector-norte/sin-datos-4.jpg",
-     {640, 480},
-     1,
-     false,
-     {-33.33981, -70.32168},
-     200.0,
-     2525.8,
-     "2026-03-15T16:09:04",
-     ""},
+constexpr SamplePhoto samplePhotos[] = {
+    {"DSC_0001.JPG", {4000, 3000}, 1, true, {-33.35721, -70.31452}, 42.5, 2347.2, "2026-03-14T09:12:05"},
+    {"DSC_0002.JPG", {1600, 1200}, 1, true, {-33.35795, -70.31398}, 118.0, 2352.8, "2026-03-14T09:15:41"},
+    {"DSC_0003.jpg", {640, 480}, 1, true, {-33.35902, -70.31207}, 271.25, 2361.4, "2026-03-14T09:21:10"},
+    {"DSC_0004.jpg", {1200, 1600}, 1, true, {-33.36011, -70.31166}, 8.0, 2370.9, "2026-03-14T09:24:33"},
+    {"girada-3.jpg", {1600, 1200}, 3, true, {-33.36088, -70.31049}, 181.5, 2378.0, "2026-03-14T09:30:02"},
+    {"girada-6.jpg", {1200, 1600}, 6, true, {-33.36154, -70.30977}, 226.0, 2383.6, "2026-03-14T09:33:47"},
+    {"girada-8.jpg", {1200, 1600}, 8, true, {-33.36223, -70.30885}, 330.75, 2391.1, "2026-03-14T09:37:18"},
+    {"lámina.png", {1600, 1200}, 1, true, {-33.36301, -70.30812}, 64.0, 2398.5, "2026-03-14T09:42:26"},
+    {"escaneada.tiff", {1600, 1200}, 1, true, {-33.36377, -70.30731}, 92.0, 2404.7, "2026-03-14T09:48:59"},
+    {"sin-datos-1.jpg", {1600, 1200}, 1, false, {-33.36442, -70.3066}, 15.0, {}, "2026-03-14T09:55:13"},
+    {"sin-datos-2.png", {640, 480}, 1, false, {-33.36519, -70.30577}, {}, 2417.3, "2026-03-14T09:58:40"},
+    {"sin-datos-3.tiff", {640, 480}, 1, false, {-33.3659, -70.30503}, 140.0, 2421.9, "2026-03-14T10:02:16"},
+    {"norte/DSC_11.JPG", {4000, 3000}, 1, true, {-33.34118, -70.32005}, 305.0, 2512.0, "2026-03-15T16:02:11"},
+    {"norte/DSC_12.JPG", {1600, 1200}, 6, true, {-33.34046, -70.32091}, 77.5, 2519.4, "2026-03-15T16:05:30"},
+    {"norte/DSC_13.JPG", {640, 480}, 1, false, {-33.33981, -70.32168}, 200.0, 2525.8, "2026-03-15T16:09:04"},
 };
 
 void say(const QString &line)
@@ -110,56 +51,33 @@ void makeFolder(const QString &path)
         qFatal("No se pudo crear la carpeta %s", qPrintable(path));
 }
 
-PhotoTags tagsOf(const SampleRow &row)
-{
-    PhotoTags tags;
-    tags.orientation = row.orientation;
-    if (row.exif) {
-        tags.position = row.position;
-        tags.heading = row.heading;
-        tags.altitude = row.altitude;
-        tags.taken = QDateTime::fromString(QString::fromLatin1(row.taken), Qt::ISODate);
-    }
-    return tags;
-}
-
-QByteArray coordinatesLine(const SampleRow &row)
-{
-    const UtmPosition utm = latLonToUtm(row.position.latitude, row.position.longitude);
-    const auto optional = [&row](const char *column, const QByteArray &text) {
-        return qstrcmp(row.missingColumn, column) == 0 ? QByteArray() : text;
-    };
-    return QByteArrayList{QFileInfo(QString::fromUtf8(row.path)).fileName().toUtf8(),
-                          QByteArray::number(utm.zone),
-                          QByteArray(1, utm.zoneLetter),
-                          QByteArray::number(utm.easting, 'f', 2),
-                          QByteArray::number(utm.northing, 'f', 2),
-                          optional("orientacion", QByteArray::number(row.heading)),
-                          optional("fecha_hora", row.taken),
-                          optional("altitud", QByteArray::number(row.altitude, 'f', 1))}
-        .join(';');
-}
-
 // The sample: photos of every kind in "fotos", and beside them a logo and a coordinates file.
 void makeSample(const QDir &folder)
 {
-    const QDir photos(folder.filePath(QStringLiteral("fotos")));
-    QByteArray coordinates = coordinatesHeader().toUtf8() + '\n';
+    makeFolder(folder.filePath(QStringLiteral("fotos/norte")));
+    const QString coordinatesPath = folder.filePath(QStringLiteral("coordenadas.csv"));
+    SampleFile coordinates(coordinatesPath);
+    if (!coordinates.open())
+        qFatal("No se pudo escribir %s", qPrintable(coordinatesPath));
     quint32 seed = 0;
-    for (const SampleRow &row : sampleRows) {
-        const QString path = photos.filePath(QString::fromUtf8(row.path));
-        makeFolder(QFileInfo(path).path());
-        QImage image = paintLandscape(row.size, seed);
+    for (const SamplePhoto &photo : samplePhotos) {
+        const QString path = folder.filePath(QStringLiteral("fotos/") + QString::fromUtf8(photo.path));
+        QImage image = paintLandscape(photo.size, seed);
         addGrain(image, seed++, 3);
-        writeCameraPhoto(path, image, tagsOf(row));
-        coordinates += coordinatesLine(row) + '\n';
+        const FreshTags tags{photo.position, photo.heading, photo.altitude,
+                             QDateTime::fromString(QString::fromLatin1(photo.taken), Qt::ISODate)};
+        writeCameraPhoto(path, image, photo.exif ? std::optional(tags) : std::nullopt, photo.orientation);
+        coordinates.append({QFileInfo(path).fileName(),
+                            latLonToUtm(tags.position.latitude, tags.position.longitude), tags.orientation,
+                            tags.altitude, tags.dateTime});
         say(QStringLiteral("Foto: ") + path);
     }
+    if (!coordinates.close())
+        qFatal("No se pudo escribir %s", qPrintable(coordinatesPath));
     if (!paintLogo(400).save(folder.filePath(QStringLiteral("logo.png"))))
         qFatal("No se pudo escribir el logo");
-    writeText(folder.filePath(QStringLiteral("coordenadas.csv")), coordinates);
     say(QStringLiteral("Logo: ") + folder.filePath(QStringLiteral("logo.png")));
-    say(QStringLiteral("Coordenadas: ") + folder.filePath(QStringLiteral("coordenadas.csv")));
+    say(QStringLiteral("Coordenadas: ") + coordinatesPath);
 }
 
 // Photos as a camera of 8 to 12 megapixels leaves them, all with position, heading, altitude and date.
@@ -172,10 +90,10 @@ void makeCameraPhotos(const QDir &folder, int count)
         const auto seed = static_cast<quint32>(index);
         QImage image = paintLandscape(sizes[seed % sizes.size()], seed);
         addGrain(image, seed, 9);
-        const PhotoTags tags{.position = GeoPosition{-33.35 + index * 2e-4, -70.31 - index * 3e-4},
-                             .heading = index * 7 % 360,
-                             .altitude = 2300.0 + index,
-                             .taken = first.addSecs(index * 37)};
+        const FreshTags tags{{-33.35 + index * 2e-4, -70.31 - index * 3e-4},
+                             index * 7 % 360,
+                             2300.0 + index,
+                             first.addSecs(index * 37)};
         writeCameraPhoto(
             folder.filePath(QStringLiteral("DSC_%1.JPG").arg(index + 1, 5, 10, QLatin1Char('0'))), image,
             tags);

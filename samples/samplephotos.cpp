@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "samplephotos.h"
 
-#include "photofiles.h"
+#include "processing/exiv2compat.h"
+#include "render/uprightimage.h"
 
+#include <QFile>
 #include <QPainter>
 #include <QPainterPath>
 #include <QRandomGenerator>
-#include <QTransform>
 
 #include <algorithm>
 #include <array>
@@ -175,63 +176,6 @@ void paintHills(QPainter &painter, QSizeF size, const Light &light, double nearn
     }
 }
 
-// "d/1 m/1 s/1000" of an absolute angle in degrees.
-QByteArray sexagesimal(double degrees)
-{
-    const qint64 total = std::llround(std::abs(degrees) * 3600000.0);
-    return QByteArray::number(total / 3600000) + "/1 " + QByteArray::number(total / 60000 % 60) + "/1 " +
-           QByteArray::number(total % 60000) + "/1000";
-}
-
-QByteArray hundredths(double value)
-{
-    return QByteArray::number(std::llround(std::abs(value) * 100.0)) + "/100";
-}
-
-Tags exifOf(const PhotoTags &photo)
-{
-    Tags tags;
-    if (photo.orientation != 1)
-        tags["Exif.Image.Orientation"] = QByteArray::number(photo.orientation);
-    if (photo.position) {
-        tags["Exif.GPSInfo.GPSLatitude"] = sexagesimal(photo.position->latitude);
-        tags["Exif.GPSInfo.GPSLatitudeRef"] = photo.position->latitude < 0 ? "S" : "N";
-        tags["Exif.GPSInfo.GPSLongitude"] = sexagesimal(photo.position->longitude);
-        tags["Exif.GPSInfo.GPSLongitudeRef"] = photo.position->longitude < 0 ? "W" : "E";
-    }
-    if (photo.heading) {
-        tags["Exif.GPSInfo.GPSImgDirection"] = hundredths(*photo.heading);
-        tags["Exif.GPSInfo.GPSImgDirectionRef"] = "T";
-    }
-    if (photo.altitude) {
-        tags["Exif.GPSInfo.GPSAltitude"] = hundredths(*photo.altitude);
-        tags["Exif.GPSInfo.GPSAltitudeRef"] = *photo.altitude < 0 ? "1" : "0";
-    }
-    if (photo.taken.isValid()) {
-        const QByteArray taken = photo.taken.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")).toLatin1();
-        tags["Exif.Photo.DateTimeOriginal"] = taken;
-        tags["Exif.Image.DateTime"] = taken;
-    }
-    return tags;
-}
-
-// The clockwise turn with which a viewer shows a photo of this orientation upright.
-int viewerTurn(int orientation)
-{
-    switch (orientation) {
-    case 1:
-        return 0;
-    case 3:
-        return 180;
-    case 6:
-        return 90;
-    case 8:
-        return 270;
-    default:
-        qFatal("orientation %d is not painted", orientation);
-    }
-}
-
 } // namespace
 
 QImage paintLandscape(QSize size, quint32 seed)
@@ -303,8 +247,18 @@ QImage paintLogo(int side)
     return image;
 }
 
-void writeCameraPhoto(const QString &path, const QImage &image, const PhotoTags &tags)
+void writeCameraPhoto(const QString &path, const QImage &image, const std::optional<FreshTags> &tags,
+                      int orientation)
 {
-    const QTransform turn = QTransform().rotate(-viewerTurn(tags.orientation));
-    writePhoto(path, image.transformed(turn), exifOf(tags));
+    const QTransform toStored = displayedToStored(image.size(), orientation);
+    if (!image.transformed(toStored).save(path, nullptr, 95))
+        qFatal("No se pudo escribir %s", qPrintable(path));
+    Exiv2::ExifData exif = tags ? freshExif(*tags) : Exiv2::ExifData();
+    if (orientation != 1)
+        exif["Exif.Image.Orientation"] = static_cast<uint16_t>(orientation);
+    const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString());
+    file->readMetadata();
+    for (const Exiv2::Exifdatum &tag : exif) // beside those that say how a TIFF is laid out
+        file->exifData().add(tag);
+    file->writeMetadata();
 }

@@ -2,8 +2,8 @@
 #include "data/altitudefill.h"
 
 #include "data/settings.h"
-#include "elevationserver.h"
 #include "photofiles.h"
+#include "support/elevationserver.h"
 
 #include <QElapsedTimer>
 #include <QTcpServer>

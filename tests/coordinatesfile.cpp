@@ -1,266 +1,160 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/coordinatesfile.h"
 
+#include "photofiles.h"
+
 #include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
 
-namespace
-{
-
-const QString header =
-    QStringLiteral("nombre_de_la_foto.jpg;zona;letra;easting;northing;orientacion;fecha_hora;altitud");
-
-struct Result {
-    CoordinatesTable table;
-    QStringList log;
-};
-
-} // namespace
-
+/// Coordinates files and what is read from them.
 class CoordinatesFileTest : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void initTestCase() { qputenv("TZ", "America/Santiago"); }
     void readsEveryColumn();
-    void skipsHeaders_data();
-    void skipsHeaders();
-    void takesOrRejectsRow_data();
-    void takesOrRejectsRow();
-    void takesLetter_data();
-    void takesLetter();
-    void takesDate_data();
-    void takesDate();
-    void keepsReadingInSkippedHour_data();
-    void keepsReadingInSkippedHour();
-    void tellsNamesApart();
-    void acceptsByteOrderMarks_data();
-    void acceptsByteOrderMarks();
-    void reportsMissingFile();
+    void skipsHeadersAtTheTop();
+    void takesOrRejectsRows();
+    void takesLetters();
+    void takesDates();
+    void decodesText();
+    void reportsMissingFiles();
 
 private:
-    Result read(const QByteArray &content) const;
-    Result read(const QStringList &lines) const { return read(lines.join(u'\n').toUtf8()); }
+    /// The rows that were taken, by name, then the log: one line for each, "-" for an empty column.
+    QByteArray read(const QByteArray &content) const;
 
     QTemporaryDir m_dir;
 };
 
-Result CoordinatesFileTest::read(const QByteArray &content) const
+QByteArray CoordinatesFileTest::read(const QByteArray &content) const
 {
-    QFile file(m_dir.filePath(QStringLiteral("coordenadas.csv")));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("cannot write the coordinates file");
-    file.close();
-    Result result;
-    result.table =
-        readCoordinatesFile(file.fileName(), [&](const QString &line) { result.log.append(line); });
-    return result;
+    const QString path = m_dir.filePath(QStringLiteral("coordenadas.csv"));
+    writeText(path, content);
+    QStringList log;
+    const CoordinatesTable table =
+        readCoordinatesFile(path, [&log](const QString &line) { log.append(line); });
+    QStringList rows;
+    for (auto row = table.begin(); row != table.end(); ++row) {
+        QStringList fields = {row.key(), formatZone(row->zone, row->zoneLetter)};
+        const auto add = [&fields](bool has, double number) {
+            fields.append(has ? QString::number(number, 'g', 10) : QStringLiteral("-"));
+        };
+        add(true, row->easting);
+        add(true, row->northing);
+        add(row->hasOrientation, row->orientation);
+        const QDateTime taken = row->dateTime.toOffsetFromUtc(row->dateTime.offsetFromUtc());
+        fields.append(row->hasDateTime ? taken.toString(Qt::ISODate) : QStringLiteral("-"));
+        add(row->hasAltitude, row->altitude);
+        rows.append(fields.join(u' '));
+    }
+    return (rows + log).join(u'\n').toUtf8();
 }
 
 void CoordinatesFileTest::readsEveryColumn()
 {
-    const Result result = read(
-        QByteArray("  IMG_1.jpg ; 19 ; H ;350000.5; 6300000.25 ;45.5;2024-01-02 03:04:05; 12.5 ;more;x\r\n"
-                   "IMG_2.jpg;20;K;1;2\r\n\r\nIMG_3.jpg;21;L;3;4;;;"));
-    QCOMPARE(result.log, QStringList());
-    QCOMPARE(result.table.keys(), QStringList({QStringLiteral("IMG_1.jpg"), QStringLiteral("IMG_2.jpg"),
-                                               QStringLiteral("IMG_3.jpg")}));
-    const UtmEntry full = result.table.value(QStringLiteral("IMG_1.jpg"));
-    QCOMPARE(full.zone, 19);
-    QCOMPARE(full.zoneLetter, 'H');
-    QCOMPARE(full.easting, 350000.5);
-    QCOMPARE(full.northing, 6300000.25);
-    QVERIFY(full.hasOrientation && full.hasDateTime && full.hasAltitude);
-    QCOMPARE(full.orientation, 45.5);
-    QCOMPARE(full.dateTime, QDateTime(QDate(2024, 1, 2), QTime(3, 4, 5)));
-    QCOMPARE(full.altitude, 12.5);
-    for (const QString &name : {QStringLiteral("IMG_2.jpg"), QStringLiteral("IMG_3.jpg")}) {
-        const UtmEntry bare = result.table.value(name);
-        QVERIFY(!bare.hasOrientation && !bare.hasDateTime && !bare.hasAltitude);
-        QVERIFY(!bare.dateTime.isValid());
-    }
+    QCOMPARE(read("  IMG_1.jpg ; 19 ; H ;350000.5; 6300000.25 ;45.5;2024-01-02 03:04:05; 12.5 ;more;x\r\n"
+                  "IMG_2.jpg;20;K;1;2\r\n\r\nIMG_3.jpg;21;L;3;4;;;"),
+             "IMG_1.jpg 19H 350000.5 6300000.25 45.5 2024-01-02T03:04:05-03:00 12.5\n"
+             "IMG_2.jpg 20K 1 2 - - -\n"
+             "IMG_3.jpg 21L 3 4 - - -");
+    // names by their case, and the last of several rows
+    QCOMPARE(read("img.jpg;1;N;1;1;10\nIMG.jpg;2;N;2;2\nimg.jpg;3;N;3;3"),
+             "IMG.jpg 2N 2 2 - - -\nimg.jpg 3N 3 3 - - -");
 }
 
-void CoordinatesFileTest::skipsHeaders_data()
+void CoordinatesFileTest::skipsHeadersAtTheTop()
 {
-    QTest::addColumn<QStringList>("top");
-    QTest::addColumn<QStringList>("log");
-    const QString fewColumns = QStringLiteral("Línea inválida en archivo txt (menos de 5 columnas): ");
-
-    QTest::newRow("none") << QStringList() << QStringList();
-    QTest::newRow("canonical") << QStringList{header} << QStringList();
-    QTest::newRow("upper case with zone only")
-        << QStringList{QStringLiteral("NOMBRE;ZONA;...")} << QStringList();
-    QTest::newRow("with easting only") << QStringList{QStringLiteral("Nombre;Easting")} << QStringList();
-    QTest::newRow("two") << QStringList{header, header} << QStringList();
-    QTest::newRow("after a blank line")
-        << QStringList{QString(), header}
-        << QStringList{QStringLiteral("Zona UTM inválida para nombre_de_la_foto.jpg: zona")};
-    QTest::newRow("neither zone nor easting")
-        << QStringList{QStringLiteral(" nombre;x"), header}
-        << QStringList{fewColumns + QStringLiteral(" nombre;x"),
-                       QStringLiteral("Zona UTM inválida para nombre_de_la_foto.jpg: zona")};
+    const QByteArray header =
+        "nombre_de_la_foto.jpg;zona;letra;easting;northing;orientacion;fecha_hora;altitud\n";
+    QCOMPARE(coordinatesHeader().toUtf8() + '\n', header);
+    const QByteArray row = "a.jpg;19;H;1;2\n";
+    const QByteArray taken = "a.jpg 19H 1 2 - - -";
+    const QByteArray refused = "\nZona UTM inválida para nombre_de_la_foto.jpg: zona";
+    const QByteArray tooShort = "\nLínea inválida en archivo txt (menos de 5 columnas): ";
+    for (const QByteArray &top :
+         QByteArrayList{QByteArray(), header, header + header, QByteArray("NOMBRE;ZONA;...\n"),
+                        QByteArray("Nombre;Easting\n")})
+        QCOMPARE(read(top + row), taken);
+    QCOMPARE(read('\n' + header + row), taken + refused);
+    QCOMPARE(read(row + header), taken + refused);
+    QCOMPARE(read(" nombre;x\n" + header + row), taken + tooShort + " nombre;x" + refused);
+    QCOMPARE(read("zona;easting\n" + row), taken + tooShort + "zona;easting");
 }
 
-void CoordinatesFileTest::skipsHeaders()
+void CoordinatesFileTest::takesOrRejectsRows()
 {
-    QFETCH(QStringList, top);
-    QFETCH(QStringList, log);
-    const Result result = read(top + QStringList{QStringLiteral("a.jpg;19;H;1;2")});
-    QCOMPARE(result.log, log);
-    QCOMPARE(result.table.keys(), QStringList{QStringLiteral("a.jpg")});
-}
-
-void CoordinatesFileTest::takesOrRejectsRow_data()
-{
-    QTest::addColumn<QString>("row");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<bool>("taken");
-    const auto add = [](const char *name, const QString &row, const QString &message, bool taken) {
-        QTest::newRow(name) << row << message << taken;
+    QCOMPARE(read(" a.jpg;19;H;1\na.jpg;19;H;1;2\n a.jpg;;"),
+             "a.jpg 19H 1 2 - - -\nLínea inválida en archivo txt (menos de 5 columnas):  a.jpg;19;H;1\n"
+             "Línea inválida en archivo txt (menos de 5 columnas):  a.jpg;;");
+    const QList<QPair<const char *, const char *>> cases = {
+        {"a.jpg; 19.5 ;H;1;2", "Zona UTM inválida para a.jpg: 19.5"},
+        {"a.jpg;2147483648;H;1;2", "Zona UTM inválida para a.jpg: 2147483648"},
+        {"a.jpg;-61;H;1;2", "a.jpg -61H 1 2 - - -"},
+        {"a.jpg;19;H;350000,5;6300000", "Easting inválido para a.jpg: 350000,5"},
+        {"a.jpg;19;H;350000;6,300,000", "Northing inválido para a.jpg: 6,300,000"},
+        {"a.jpg;19;H;350000;", "Northing inválido para a.jpg: "},
+        {"a.jpg;19;H;1;2;abc;;5", "a.jpg 19H 1 2 - - 5\nOrientación inválida para a.jpg: abc"},
+        {"a.jpg;19;H;1;2;;ayer;5", "a.jpg 19H 1 2 - - 5\nFecha inválida en archivo txt para a.jpg: ayer"},
+        {"a.jpg;19;H;1;2;3;;1.5 m", "a.jpg 19H 1 2 3 - -\nAltitud inválida para a.jpg: 1.5 m"},
     };
-    add("four columns", QStringLiteral(" a.jpg;19;H;1"),
-        QStringLiteral("Línea inválida en archivo txt (menos de 5 columnas):  a.jpg;19;H;1"), false);
-    add("fractional zone", QStringLiteral("a.jpg; 19.5 ;H;1;2"),
-        QStringLiteral("Zona UTM inválida para a.jpg: 19.5"), false);
-    add("zone beyond 32 bits", QStringLiteral("a.jpg;2147483648;H;1;2"),
-        QStringLiteral("Zona UTM inválida para a.jpg: 2147483648"), false);
-    add("zone out of range", QStringLiteral("a.jpg;-61;H;1;2"), QString(), true);
-    add("decimal comma", QStringLiteral("a.jpg;19;H;350000,5;6300000"),
-        QStringLiteral("Easting inválido para a.jpg: 350000,5"), false);
-    add("grouped northing", QStringLiteral("a.jpg;19;H;350000;6,300,000"),
-        QStringLiteral("Northing inválido para a.jpg: 6,300,000"), false);
-    add("no northing", QStringLiteral("a.jpg;19;H;350000;"), QStringLiteral("Northing inválido para a.jpg: "),
-        false);
-    add("heading", QStringLiteral("a.jpg;19;H;1;2;abc"),
-        QStringLiteral("Orientación inválida para a.jpg: abc"), true);
-    add("date", QStringLiteral("a.jpg;19;H;1;2;;ayer"),
-        QStringLiteral("Fecha inválida en archivo txt para a.jpg: ayer"), true);
-    add("altitude", QStringLiteral("a.jpg;19;H;1;2;;;1.5 m"),
-        QStringLiteral("Altitud inválida para a.jpg: 1.5 m"), true);
+    for (const auto &[row, result] : cases)
+        QCOMPARE(read(row), result);
 }
 
-void CoordinatesFileTest::takesOrRejectsRow()
+void CoordinatesFileTest::takesLetters()
 {
-    QFETCH(QString, row);
-    QFETCH(QString, message);
-    QFETCH(bool, taken);
-    const Result result = read({QStringLiteral("x.jpg;1;N;1;1"), row, QStringLiteral("y.jpg;2;N;2;2")});
-    QCOMPARE(result.log, message.isEmpty() ? QStringList() : QStringList{message});
-    QCOMPARE(result.table.contains(QStringLiteral("a.jpg")), taken);
-    QCOMPARE(result.table.size(), taken ? 3 : 2);
-    const UtmEntry entry = result.table.value(QStringLiteral("a.jpg"));
-    QVERIFY(!entry.hasOrientation && !entry.hasDateTime && !entry.hasAltitude);
+    QCOMPARE(read("a;19;  ;1;2\nb;19; hK;1;2\nc;19;Ñ;1;2\nd;19;Ω;1;2"),
+             "a 19N 1 2 - - -\nb 19h 1 2 - - -\nc 19Ñ 1 2 - - -\nd 19 1 2 - - -");
 }
 
-void CoordinatesFileTest::takesLetter_data()
+void CoordinatesFileTest::takesDates()
 {
-    QTest::addColumn<QString>("column");
-    QTest::addColumn<int>("letter");
-    QTest::newRow("empty") << QStringLiteral("  ") << int('N');
-    QTest::newRow("first character as written") << QStringLiteral(" hK") << int('h');
-    QTest::newRow("Latin-1") << QStringLiteral("Ñ") << 0xD1;
-    QTest::newRow("beyond Latin-1") << QStringLiteral("Ω") << 0;
+    const QList<QPair<QByteArray, QByteArray>> valid = {
+        {"2024-01-02T03:04:05", "2024-01-02T03:04:05-03:00"},
+        {"2024-01-02 03:04:05", "2024-01-02T03:04:05-03:00"},
+        {"02/01/2024 03:04:05", "2024-01-02T03:04:05-03:00"},
+        {"2024-07-02T03:04:05Z", "2024-07-02T03:04:05-04:00"},
+        {"2024-01-02T03:04:05+05:30", "2024-01-02T03:04:05-03:00"},
+        {"2024-01-02", "2024-01-02T00:00:00-03:00"},
+        {"2024-01-02T24:00", "2024-01-03T00:00:00-03:00"},
+        // On 8 September 2024 the clocks of Santiago went from 24:00 to 1:00.
+        {"2024-09-08T00:30:00", "2024-09-08T00:30:00-04:00"},
+        {"08/09/2024 00:30:00", "2024-09-08T00:30:00-04:00"},
+        {"2024-09-08T00:30:00Z", "2024-09-08T00:30:00-04:00"},
+    };
+    for (const auto &[text, reading] : valid)
+        QCOMPARE(read("a;19;H;1;2;;" + text), "a 19H 1 2 - " + reading + " -");
+    for (const QByteArray text :
+         {"2024/01/02 03:04:05", "2024-01/02", "02/01/24 03:04:05", "31/02/2024 03:04:05",
+          "02/01/2024 25:04:05", "02/01/2024", "2/1/2024 03:04:05", "02/01/2024 03:04:05x"})
+        QCOMPARE(read("a;19;H;1;2;;" + text),
+                 "a 19H 1 2 - - -\nFecha inválida en archivo txt para a: " + text);
 }
 
-void CoordinatesFileTest::takesLetter()
+void CoordinatesFileTest::decodesText()
 {
-    QFETCH(QString, column);
-    QFETCH(int, letter);
-    const Result result = read({QStringLiteral("a.jpg;19;") + column + QStringLiteral(";1;2")});
-    QCOMPARE(result.table.size(), 1);
-    QCOMPARE(int(static_cast<unsigned char>(result.table.first().zoneLetter)), letter);
-}
-
-void CoordinatesFileTest::takesDate_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QDateTime>("expected");
-    const QDateTime moment(QDate(2024, 1, 2), QTime(3, 4, 5));
-    for (const QString &text :
-         {QStringLiteral("2024-01-02T03:04:05"), QStringLiteral("2024-01-02 03:04:05"),
-          QStringLiteral("02/01/2024 03:04:05"), QStringLiteral("2024-01-02T03:04:05Z"),
-          QStringLiteral("2024-01-02T03:04:05+05:30"), QStringLiteral("2024-01-02T03:04:05-03:00")})
-        QTest::newRow(qPrintable(text)) << text << moment;
-    QTest::newRow("date only") << QStringLiteral("2024-01-02") << QDateTime(QDate(2024, 1, 2), QTime(0, 0));
-    QTest::newRow("end of day") << QStringLiteral("2024-01-02T24:00")
-                                << QDateTime(QDate(2024, 1, 3), QTime(0, 0));
-    for (const QString &text : {QStringLiteral("2024/01/02 03:04:05"), QStringLiteral("2024/01/02"),
-                                QStringLiteral("02/01/24 03:04:05"), QStringLiteral("31/02/2024 03:04:05"),
-                                QStringLiteral("02/01/2024 25:04:05"), QStringLiteral("02/01/2024"),
-                                QStringLiteral("2/1/2024 03:04:05"), QStringLiteral("02/01/2024 03:04:05x")})
-        QTest::newRow(qPrintable(text)) << text << QDateTime();
-}
-
-void CoordinatesFileTest::takesDate()
-{
-    QFETCH(QString, text);
-    QFETCH(QDateTime, expected);
-    const Result result = read({QStringLiteral("a.jpg;19;H;1;2;;") + text});
-    QCOMPARE(result.log.isEmpty(), expected.isValid());
-    QCOMPARE(result.table.size(), 1);
-    const UtmEntry entry = result.table.first();
-    QCOMPARE(entry.hasDateTime, expected.isValid());
-    QCOMPARE(entry.dateTime, expected);
-    QCOMPARE(entry.dateTime.timeSpec(), Qt::LocalTime);
-}
-
-void CoordinatesFileTest::keepsReadingInSkippedHour_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("ISO") << QStringLiteral("2024-09-08T00:30:00");
-    QTest::newRow("day first") << QStringLiteral("08/09/2024 00:30:00");
-    QTest::newRow("UTC") << QStringLiteral("2024-09-08T00:30:00Z");
-}
-
-// On 8 September 2024 the clocks of Santiago went from 24:00 to 1:00.
-void CoordinatesFileTest::keepsReadingInSkippedHour()
-{
-    QFETCH(QString, text);
-    if (QDateTime(QDate(2024, 9, 8), QTime(12, 0)).offsetFromUtc() != -3 * 3600)
-        QSKIP("needs TZ=America/Santiago");
-    const Result result = read({QStringLiteral("a.jpg;19;H;1;2;;") + text});
-    QCOMPARE(result.log, QStringList());
-    const QDateTime dateTime = result.table.value(QStringLiteral("a.jpg")).dateTime;
-    QCOMPARE(dateTime.toString(QStringLiteral("dd/MM/yyyy HH:mm:ss")), QStringLiteral("08/09/2024 00:30:00"));
-    QCOMPARE(dateTime.toUTC().time(), QTime(4, 30));
-}
-
-void CoordinatesFileTest::tellsNamesApart()
-{
-    const Result result = read({QStringLiteral("img_1.jpg;1;N;1;1;10"), QStringLiteral("IMG_1.jpg;2;N;2;2"),
-                                QStringLiteral("img_1.jpg;3;N;3;3")});
-    QCOMPARE(result.table.size(), 2);
-    QCOMPARE(result.table.value(QStringLiteral("IMG_1.jpg")).zone, 2);
-    QCOMPARE(result.table.value(QStringLiteral("img_1.jpg")).zone, 3);
-    QVERIFY(!result.table.value(QStringLiteral("img_1.jpg")).hasOrientation);
-}
-
-void CoordinatesFileTest::acceptsByteOrderMarks_data()
-{
-    QTest::addColumn<QByteArray>("content");
     const QString row = QStringLiteral("ñandú.jpg;19;H;1;2\r\n");
-    QTest::newRow("UTF-8") << QByteArray("\xEF\xBB\xBF") + row.toUtf8();
     QStringEncoder utf16(QStringEncoder::Utf16LE, QStringConverter::Flag::WriteBom);
-    QTest::newRow("UTF-16") << QByteArray(utf16(row));
+    for (const QByteArray &content :
+         QByteArrayList{row.toUtf8(), "\xEF\xBB\xBF" + row.toUtf8(), QByteArray(utf16(row))})
+        QCOMPARE(read(content), "ñandú.jpg 19H 1 2 - - -");
+    QCOMPARE(read("a;19;H;1;2\n" + row.toLatin1()),
+             QStringLiteral("a 19H 1 2 - - -\n\ufffdand\ufffd.jpg 19H 1 2 - - -\n"
+                            "Advertencia: el archivo de coordenadas no está en UTF-8, y los nombres con ñ o "
+                            "tildes no se encuentran. Guárdelo como \"CSV UTF-8 (delimitado por punto y "
+                            "coma)\": %1")
+                 .arg(m_dir.filePath(QStringLiteral("coordenadas.csv")))
+                 .toUtf8());
 }
 
-void CoordinatesFileTest::acceptsByteOrderMarks()
-{
-    QFETCH(QByteArray, content);
-    const Result result = read(content);
-    QCOMPARE(result.log, QStringList());
-    QCOMPARE(result.table.keys(), QStringList{QStringLiteral("ñandú.jpg")});
-}
-
-void CoordinatesFileTest::reportsMissingFile()
+void CoordinatesFileTest::reportsMissingFiles()
 {
     for (const QString &path : {m_dir.filePath(QStringLiteral("ninguno.csv")), m_dir.path()}) {
         QStringList log;
-        const CoordinatesTable table =
-            readCoordinatesFile(path, [&](const QString &line) { log.append(line); });
-        QVERIFY(table.isEmpty());
+        QVERIFY(readCoordinatesFile(path, [&log](const QString &line) { log.append(line); }).isEmpty());
         QCOMPARE(log, QStringList{QStringLiteral("Error al abrir el archivo TXT: ") + path});
     }
 }

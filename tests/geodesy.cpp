@@ -13,10 +13,17 @@ namespace
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
-QByteArray described(const UtmPosition &utm)
+QByteArray utmOf(double latitude, double longitude)
 {
+    const UtmPosition utm = latLonToUtm(latitude, longitude);
     return QByteArray::number(utm.zone) + utm.zoneLetter + ' ' + QByteArray::number(utm.easting, 'f', 4) +
            ' ' + QByteArray::number(utm.northing, 'f', 4);
+}
+
+QByteArray degreesOf(int zone, char letter, double easting, double northing)
+{
+    const GeoPosition geo = utmToLatLon(zone, letter, easting, northing);
+    return QByteArray::number(geo.latitude, 'f', 8) + ' ' + QByteArray::number(geo.longitude, 'f', 8);
 }
 
 } // namespace
@@ -27,92 +34,55 @@ class GeodesyTest : public QObject
     Q_OBJECT
 
 private slots:
-    void convertsToUtm_data();
     void convertsToUtm();
-    void lettersFollowTheLatitude_data();
-    void lettersFollowTheLatitude();
     void convertsBack();
-    void takesTheHemisphereFromTheLetter();
     void takesAnyDouble();
     void formatsPositions();
-    void formatsDegrees_data();
-    void formatsDegrees();
-    void formatsHeadings_data();
     void formatsHeadings();
 };
 
-void GeodesyTest::convertsToUtm_data()
-{
-    QTest::addColumn<double>("latitude");
-    QTest::addColumn<double>("longitude");
-    QTest::addColumn<QByteArray>("utm");
-
-    QTest::newRow("origin") << 0.0 << 0.0 << QByteArray("31M 166021.4432 0.0000");
-    QTest::newRow("negative zero") << -0.0 << 0.0 << QByteArray("31M 166021.4432 0.0000");
-    QTest::newRow("edge of a zone") << 45.0 << -72.0 << QByteArray("19S 263553.9739 4987333.9898");
-    QTest::newRow("north") << 4.0 << -74.0 << QByteArray("18M 611011.3297 442194.9725");
-    // On the central meridian nothing but the meridian arc counts: 4,429,529.0302 m at 40° (Snyder, equation
-    // 3-21).
-    QTest::newRow("central meridian") << 40.0 << -75.0 << QByteArray("18S 500000.0000 4427757.2189");
-    QTest::newRow("south") << -40.0 << -75.0 << QByteArray("18G 500000.0000 5572242.7811");
-    QTest::newRow("last meridian") << 0.0 << 180.0 << QByteArray("61M 166021.4432 0.0000");
-    QTest::newRow("before the last") << 0.0 << 179.999 << QByteArray("60M 833867.1282 0.0000");
-    QTest::newRow("first meridian") << 0.0 << -180.0 << QByteArray("1M 166021.4432 0.0000");
-}
-
 void GeodesyTest::convertsToUtm()
 {
-    QFETCH(double, latitude);
-    QFETCH(double, longitude);
-    QTEST(described(latLonToUtm(latitude, longitude)), "utm");
-}
+    QCOMPARE(utmOf(0.0, 0.0), "31M 166021.4432 0.0000");
+    QCOMPARE(utmOf(-0.0, 0.0), "31M 166021.4432 0.0000");
+    QCOMPARE(utmOf(45.0, -72.0), "19S 263553.9739 4987333.9898"); // the edge of a zone
+    QCOMPARE(utmOf(4.0, -74.0), "18M 611011.3297 442194.9725");
+    // On the central meridian nothing but the meridian arc counts: 4,429,529.0302 m at 40° (Snyder, equation
+    // 3-21).
+    QCOMPARE(utmOf(40.0, -75.0), "18S 500000.0000 4427757.2189");
+    QCOMPARE(utmOf(-40.0, -75.0), "18G 500000.0000 5572242.7811");
+    QCOMPARE(utmOf(0.0, 180.0), "61M 166021.4432 0.0000");
+    QCOMPARE(utmOf(0.0, 179.999), "60M 833867.1282 0.0000");
+    QCOMPARE(utmOf(0.0, -180.0), "1M 166021.4432 0.0000");
 
-void GeodesyTest::lettersFollowTheLatitude_data()
-{
-    QTest::addColumn<double>("latitude");
-    QTest::addColumn<char>("at");
-    QTest::addColumn<char>("below");
-
-    const QByteArray letters = "XWVUTSRQPNMLKJHGFED";
-    const double latitudes[] = {84, 72, 64, 56, 48, 40, 32, 24, 16, 8, 0, -8, -16, -24, -32, -40, -48, -56};
-    for (int i = 0; i < 18; ++i)
-        QTest::addRow("%g", latitudes[i]) << latitudes[i] << letters[i] << letters[i + 1];
-}
-
-void GeodesyTest::lettersFollowTheLatitude()
-{
-    QFETCH(double, latitude);
-    QTEST(latLonToUtm(latitude, 0).zoneLetter, "at");
-    QTEST(latLonToUtm(latitude - 0.0001, 0).zoneLetter, "below");
+    QByteArray at;
+    QByteArray below;
+    for (const int latitude : {84, 72, 64, 56, 48, 40, 32, 24, 16, 8, 0, -8, -16, -24, -32, -40, -48, -56}) {
+        at += latLonToUtm(latitude, 0).zoneLetter;
+        below += latLonToUtm(latitude - 0.0001, 0).zoneLetter;
+    }
+    QCOMPARE(at, "XWVUTSRQPNMLKJHGFE");
+    QCOMPARE(below, "WVUTSRQPNMLKJHGFED");
 }
 
 void GeodesyTest::convertsBack()
 {
-    for (int zone = 1; zone <= 60; zone += 7) {
-        for (double latitude = -79.5; latitude < 84; latitude += 0.5) {
-            for (double east = -1; east <= 1; east += 0.25) {
-                const double longitude = zone * 6 - 183 + east;
-                const UtmPosition utm = latLonToUtm(latitude, longitude);
-                if ((utm.zoneLetter < 'N') != (latitude < 0))
-                    continue; // from 0° to 8° north the letter counts as southern
-                const GeoPosition geo = utmToLatLon(utm.zone, utm.zoneLetter, utm.easting, utm.northing);
-                QVERIFY2(std::abs(geo.latitude - latitude) < 1e-6, qPrintable(QString::number(latitude)));
-                QVERIFY2(std::abs(geo.longitude - longitude) < 1e-6, qPrintable(QString::number(longitude)));
-            }
-        }
-    }
-}
+    // L. Krüger's series in the third flattening, of order 4, gives the same to a ten-millionth of a degree.
+    QCOMPARE(degreesOf(19, 'H', 345678.4, 6298765.6), "-33.43941415 -70.66017217");
+    QCOMPARE(degreesOf(30, 'W', 700000, 7200000), "64.86424010 1.22222181");
+    QCOMPARE(degreesOf(56, 'C', 250000, 5800000), "-37.91321311 150.15617008");
+    for (const char letter : {'N', 'h'})
+        QCOMPARE(degreesOf(18, letter, 611011.33, 442194.97), "3.99999998 -74.00000000");
+    for (const char letter : {'M', '\0', '\xd1'}) // also what is negative as a signed byte
+        QCOMPARE(degreesOf(19, letter, 345678.4, 6298765.6), "-33.43941415 -70.66017217");
 
-void GeodesyTest::takesTheHemisphereFromTheLetter()
-{
-    const GeoPosition north = utmToLatLon(18, 'N', 611011.32968339, 442194.97248047);
-    QVERIFY(std::abs(north.latitude - 4) < 1e-8 && std::abs(north.longitude + 74) < 1e-8);
-    const GeoPosition lowerCase = utmToLatLon(18, 'h', 611011.32968339, 442194.97248047);
-    QCOMPARE(lowerCase.latitude, north.latitude);
-    for (const char letter : {'M', 'C', '\0', '\xd1'}) { // also what is negative as a signed byte
-        const GeoPosition south = utmToLatLon(18, letter, 611011.32968339, 442194.97248047);
-        QCOMPARE(QByteArray::number(south.latitude, 'f', 2), "-85.93");
-        QCOMPARE(QByteArray::number(south.longitude, 'f', 2), "-60.83");
+    for (double latitude = -79.5; latitude < 84; latitude += latitude == -0.5 ? 8.5 : 0.5) {
+        for (const double longitude : {-177.5, -74.25, 3.75}) { // from 0° to 8° north the letter is southern
+            const UtmPosition utm = latLonToUtm(latitude, longitude);
+            const GeoPosition geo = utmToLatLon(utm.zone, utm.zoneLetter, utm.easting, utm.northing);
+            QVERIFY2(std::hypot(geo.latitude - latitude, geo.longitude - longitude) < 1e-6,
+                     utmOf(latitude, longitude).constData());
+        }
     }
 }
 
@@ -131,61 +101,34 @@ void GeodesyTest::takesAnyDouble()
 void GeodesyTest::formatsPositions()
 {
     const QLocale before;
-    QLocale::setDefault(QLocale(QStringLiteral("es_CL")));
-    QCOMPARE(formatUtm(19, 'H', 345678.4, 6298765.6), QStringLiteral("19H 345678 6298766"));
-    QCOMPARE(formatUtm(19, '\0', 345678.4, -0.6), QStringLiteral("19 345678 -1"));
-    QCOMPARE(formatUtm(1, '\xd1', 1, 2), QStringLiteral("1Ñ 1 2"));
-    QCOMPARE(formatLatLon(-33.45, -70.6667), QStringLiteral("33° 27' 0\" S 70° 40' 0\" W"));
-    QCOMPARE(formatLatLon(1, 2), QStringLiteral("1° 0' 0\" N 2° 0' 0\" E"));
+    QLocale::setDefault(QLocale(QStringLiteral("es_CL"))); // no digit groups all the same
+    QCOMPARE(formatUtm(19, 'H', 345678.4, 6298765.6).toUtf8(), "19H 345678 6298766");
+    QCOMPARE(formatUtm(19, '\0', 345678.4, -0.6).toUtf8(), "19 345678 -1");
+    QCOMPARE(formatUtm(1, '\xd1', 1, 2).toUtf8(), "1Ñ 1 2");
     QLocale::setDefault(before);
-}
 
-void GeodesyTest::formatsDegrees_data()
-{
-    QTest::addColumn<double>("value");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("zero") << 0.0 << QStringLiteral("0° 0' 0\" +");
-    QTest::newRow("negative zero") << -0.0 << QStringLiteral("0° 0' 0\" +");
-    QTest::newRow("west") << -70.6667 << QStringLiteral("70° 40' 0\" -");
-    QTest::newRow("without carry") << 10.99999 << QStringLiteral("10° 59' 60\" +");
-    QTest::newRow("rounded up") << 10.0 + 30.75 / 3600 << QStringLiteral("10° 0' 31\" +");
-}
-
-void GeodesyTest::formatsDegrees()
-{
-    QFETCH(double, value);
-    QTEST(formatDms(value, QStringLiteral("+"), QStringLiteral("-")), "text");
-}
-
-void GeodesyTest::formatsHeadings_data()
-{
-    QTest::addColumn<double>("heading");
-    QTest::addColumn<QString>("text");
-    const auto add = [](double heading, const char *text) {
-        QTest::addRow("%g", heading) << heading << QString::fromUtf8(text);
-    };
-    add(5.4, "005° N");
-    add(11.2, "011° N");
-    add(11.25, "011° NNE");
-    add(45, "045° NE");
-    add(90, "090° E");
-    add(112.5, "113° ESE");
-    add(270, "270° W");
-    add(348.74, "349° NNW");
-    add(348.75, "349° N");
-    add(359.6, "000° N");
-    add(725, "005° N");
-    add(-10, "-10° N");
-    add(-11.25, "-11° NNW");
-    add(-90, "-90° W");
-    add(notANumber, "000° N");
-    add(infinity, "000° N");
+    QCOMPARE(formatLatLon(-33.45, -70.6667).toUtf8(), "33° 27' 0\" S 70° 40' 0\" W");
+    QCOMPARE(formatLatLon(1.0, 2.0).toUtf8(), "1° 0' 0\" N 2° 0' 0\" E");
+    QCOMPARE(formatLatLon(-0.0, 0.0).toUtf8(), "0° 0' 0\" N 0° 0' 0\" E");
+    // 12' 59.9" and 30.75": minutes are cut off, seconds rounded, without a carry
+    QCOMPARE(formatLatLon(10.0 + 779.9 / 3600, -10.0 - 30.75 / 3600).toUtf8(),
+             "10° 12' 60\" N 10° 0' 31\" W");
 }
 
 void GeodesyTest::formatsHeadings()
 {
-    QFETCH(double, heading);
-    QTEST(formatOrientation(heading), "text");
+    QByteArray points;
+    for (double heading = 0.0; heading < 360.0; heading += 22.5)
+        points += ' ' + compassPointName(heading).toLatin1();
+    QCOMPARE(points, " N NNE NE ENE E ESE SE SSE S SSW SW WSW W WNW NW NNW");
+
+    const QList<QPair<double, const char *>> cases = {
+        {5.4, "005° N"},     {11.2, "011° N"},     {11.25, "011° NNE"}, {45, "045° NE"},
+        {112.5, "113° ESE"}, {348.74, "349° NNW"}, {348.75, "349° N"},  {359.6, "000° N"},
+        {725, "005° N"},     {-10, "-10° N"},      {-90, "-90° W"},     {notANumber, "000° N"},
+        {infinity, "000° N"}};
+    for (const auto &[heading, text] : cases)
+        QCOMPARE(formatOrientation(heading).toUtf8(), text);
 }
 
 QTEST_GUILESS_MAIN(GeodesyTest)

@@ -349,7 +349,7 @@ void JpegCoefficientsTest::keepsSamplingThroughPixels()
 {
     const auto throughPixels = [this](const QByteArray &jpeg, int quality) {
         QString error;
-        return encodedJpeg(m_photo, quality, chromaSamplingOf(jpeg), &error).value();
+        return encodedJpeg(m_photo, quality, jpegFormatOf(jpeg).sampling, &error).value();
     };
     for (const auto &[across, down, keeps] :
          {std::tuple(1, 1, true), {2, 1, true}, {1, 2, true}, {2, 2, true}, {4, 1, false}}) {

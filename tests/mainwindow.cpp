@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "photofiles.h"
-#include "windowdriver.h"
+#include "support/windowdriver.h"
 
 #include <QCheckBox>
 #include <QComboBox>

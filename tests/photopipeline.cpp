@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "batchfixture.h"
+#include "support/batchfixture.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -223,12 +223,19 @@ void PhotoPipelineTest::keepsEarlierResultsAndOriginals()
     // A second run into an output folder inside the root replaces the copy and leaves the results out.
     m_options.outputFolder = m_root + QStringLiteral("/salida");
     run();
-    const QStringList tree({QStringLiteral("a.jpg"), QStringLiteral("salida/a.jpg")});
+    const QStringList tree({QStringLiteral("a.jpg"), QStringLiteral("salida/.velmaro-resultados"),
+                            QStringLiteral("salida/a.jpg")});
     QCOMPARE(files(), tree);
     run();
     QCOMPARE(files(), tree);
     QCOMPARE(m_summary.total, 2);
     QCOMPARE(m_summary.finished, 1);
+
+    // What lies there and is no result, or was changed since, is an original.
+    writePhoto(m_root + QStringLiteral("/salida/a.jpg"), plainImage({32, 16}));
+    run();
+    QCOMPARE(QImage(m_root + QStringLiteral("/salida/a.jpg")).width(), 32);
+    QCOMPARE(m_summary.finished, 0);
 
     // The root as output folder, also behind a link, would delete the photo before it is copied.
     const QByteArray original = bytesOf(m_root + QStringLiteral("/a.jpg"));

@@ -2,9 +2,9 @@
 #include "data/coordinatesfile.h"
 #include "data/elevationaccess.h"
 #include "data/settings.h"
-#include "elevationserver.h"
 #include "photofiles.h"
-#include "windowdriver.h"
+#include "support/elevationserver.h"
+#include "support/windowdriver.h"
 
 #include <QApplication>
 #include <QComboBox>

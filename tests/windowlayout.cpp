@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "windowdriver.h"
+#include "support/windowdriver.h"
 
 #include <QApplication>
 #include <QCheckBox>

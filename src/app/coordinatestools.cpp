@@ -28,12 +28,13 @@ namespace
 SampleRow rowFromExif(const QString &path)
 {
     SampleRow row;
-    if (const std::optional<GpsData> gps = readGps(path)) {
-        row.position = latLonToUtm(gps->latitude, gps->longitude);
-        row.orientation = gps->orientation;
-        row.altitude = gps->altitude;
+    const PhotoTags tags = readPhotoTags(path);
+    if (tags.gps) {
+        row.position = latLonToUtm(tags.gps->latitude, tags.gps->longitude);
+        row.orientation = tags.gps->orientation;
+        row.altitude = tags.gps->altitude;
     }
-    row.dateTime = readCaptureDate(path).value_or(QDateTime());
+    row.dateTime = tags.captureDate.value_or(QDateTime());
     return row;
 }
 

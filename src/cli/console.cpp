@@ -1,35 +1,31 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/console.h"
 
+#include "files/descriptor.h"
+
 #include <QMutexLocker>
 
-#include <cstdio>
-
-#ifdef Q_OS_WIN
-#include <io.h>
-#else
+#include <cerrno>
 #include <unistd.h>
-#endif
 
 namespace
 {
 
 constexpr int barWidth = 40;
 
-bool isTerminal(std::FILE *stream)
-{
-#ifdef Q_OS_WIN
-    return _isatty(_fileno(stream)) != 0;
-#else
-    return isatty(fileno(stream)) != 0;
-#endif
-}
-
-void put(std::FILE *stream, const QString &text)
+// The number of the error that kept the text from being written, or 0.
+int put(int stream, const QString &text)
 {
     const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
-    std::fflush(stream);
+    qsizetype written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count =
+            ::write(stream, bytes.constData() + written, static_cast<size_t>(bytes.size() - written));
+        if (count < 0 && errno != EINTR)
+            return errno;
+        written += count > 0 ? count : 0;
+    }
+    return 0;
 }
 
 } // namespace
@@ -37,8 +33,23 @@ void put(std::FILE *stream, const QString &text)
 void Console::log(const QString &line)
 {
     const QMutexLocker locker(&m_mutex);
+    if (m_logClosed)
+        return;
     clearBar();
-    put(stdout, line + QLatin1Char('\n'));
+    const int error = put(STDOUT_FILENO, line + QLatin1Char('\n'));
+    m_logClosed = error != 0;
+    // Who closes the log has read what he wanted of it.
+    if (error != 0 && error != EPIPE) {
+        m_logError = systemReason(error);
+        put(STDERR_FILENO,
+            QStringLiteral("No se pudo escribir el registro: ") + m_logError + QLatin1Char('\n'));
+    }
+}
+
+QString Console::logError() const
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_logError;
 }
 
 void Console::progress(int done, int total)
@@ -46,10 +57,11 @@ void Console::progress(int done, int total)
     const QMutexLocker locker(&m_mutex);
     if (total <= 0)
         return;
-    if (isTerminal(stderr)) {
+    if (::isatty(STDERR_FILENO) != 0) {
         const auto filled = static_cast<qsizetype>(static_cast<qint64>(barWidth) * done / total);
         const QString bar = QString(filled, QLatin1Char('#')).leftJustified(barWidth, QLatin1Char('.'));
-        put(stderr, QStringLiteral("\r[%1] %2/%3").arg(bar, QString::number(done), QString::number(total)));
+        put(STDERR_FILENO,
+            QStringLiteral("\r[%1] %2/%3").arg(bar, QString::number(done), QString::number(total)));
         m_barShown = true;
         return;
     }
@@ -57,20 +69,20 @@ void Console::progress(int done, int total)
     if (tenths <= m_shownTenths)
         return;
     m_shownTenths = tenths;
-    put(stderr, QStringLiteral("Progreso: %1/%2\n").arg(done).arg(total));
+    put(STDERR_FILENO, QStringLiteral("Progreso: %1/%2\n").arg(done).arg(total));
 }
 
 void Console::error(const QString &line)
 {
     const QMutexLocker locker(&m_mutex);
     clearBar();
-    put(stderr, line + QLatin1Char('\n'));
+    put(STDERR_FILENO, line + QLatin1Char('\n'));
 }
 
 // A line below the bar; the next progress draws the bar anew.
 void Console::clearBar()
 {
     if (m_barShown)
-        put(stderr, QStringLiteral("\r\x1b[K"));
+        put(STDERR_FILENO, QStringLiteral("\r\x1b[K"));
     m_barShown = false;
 }

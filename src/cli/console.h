@@ -10,8 +10,12 @@ class Console
 public:
     Console() = default;
 
-    /// Writes a line to standard output.
+    /// Writes a line to standard output. The first that cannot be written is the last that is tried; unless
+    /// only the reader has gone away, standard error tells.
     void log(const QString &line);
+
+    /// Why the log is not complete; empty when it is, or its reader has gone away.
+    QString logError() const;
 
     /// Shows the progress on standard error: a bar on a terminal, elsewhere a line for every tenth.
     void progress(int done, int total);
@@ -24,7 +28,9 @@ private:
 
     void clearBar();
 
-    QMutex m_mutex;
+    mutable QMutex m_mutex;
     int m_shownTenths = 0;
     bool m_barShown = false;
+    bool m_logClosed = false;
+    QString m_logError;
 };

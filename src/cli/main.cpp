@@ -8,10 +8,37 @@
 #include <QLoggingCategory>
 #include <QTranslator>
 
+#include <csignal>
+
 namespace
 {
 
 enum ExitStatus { AllFinished = 0, SomeLeft = 1, WrongUse = 2 };
+
+// Tells how the run ended, photo by photo where it did not end well.
+ExitStatus reported(const PhotoProcessor::Summary &summary, Console &console)
+{
+    for (const QString &line : summary.passedOver)
+        console.error(line);
+    for (const PhotoProcessor::LeftPhoto &photo : summary.leftPhotos) {
+        const QString now =
+            photo.nowAt == photo.path ? QString() : QStringLiteral(" (ahora %1)").arg(photo.nowAt);
+        console.error(QStringLiteral("Sin terminar: %1%2: %3").arg(photo.path, now, photo.reason));
+    }
+    if (summary.backupsFailed > 0)
+        console.error(
+            QStringLiteral("No se pudo guardar la copia original de %1 fotos.").arg(summary.backupsFailed));
+    if (!summary.notSynced.isEmpty())
+        console.error(QStringLiteral("No se pudo asegurar en el disco la carpeta de salida: ") +
+                      summary.notSynced);
+    const int unfinished = summary.total - summary.finished;
+    if (unfinished > 0)
+        console.error(
+            QStringLiteral("Quedaron sin terminar %1 de %2 fotos.").arg(unfinished).arg(summary.total));
+    const bool allWell = unfinished == 0 && summary.backupsFailed == 0 && summary.notSynced.isEmpty() &&
+                         summary.passedOver.isEmpty() && console.logError().isEmpty();
+    return allWell ? AllFinished : SomeLeft;
+}
 
 ExitStatus runBatch(const BatchRequest &request, Console &console)
 {
@@ -22,17 +49,17 @@ ExitStatus runBatch(const BatchRequest &request, Console &console)
         request.directory, [&console](const QString &line) { console.log(line); },
         [&console](int done, int total) { console.progress(done, total); });
 
-    const auto [total, finished] = processor.summary();
-    if (finished == total)
-        return AllFinished;
-    console.error(QStringLiteral("Quedaron sin terminar %1 de %2 fotos.").arg(total - finished).arg(total));
-    return SomeLeft;
+    return reported(processor.summary(), console);
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    // A reader of the log that goes away, or a limit to the size of files, is no reason to stop in the middle
+    // of the photos.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     // Traces of libraries are no part of what the program says; QT_LOGGING_RULES brings them back.
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.warning=false"));
     // Texts are painted with the fonts of the machine, but no window is ever opened: no display is needed.

@@ -37,6 +37,8 @@ struct ProcessOptions {
     int compassStyle = 0;       ///< 0 to 3, see `drawCompassRose`
     QColor compassArrowColor;
     int jpegQuality = 90; ///< 1 to 100
+    bool lossless =
+        false; ///< a JPEG keeps its coefficients outside the stamp; one that cannot gets quality 100
     bool useOutputFolder =
         false; ///< write the results into `outputFolder` instead of changing the photos in place
     QString outputFolder;

@@ -4,15 +4,15 @@
 #include "data/elevationservice.h"
 #include "data/settings.h"
 #include "data/textlines.h"
+#include "files/safewrite.h"
 #include "render/geodesy.h"
 
+#include <QBuffer>
 #include <QEventLoop>
-#include <QFile>
 #include <QLocale>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QSaveFile>
 #include <QStringList>
 #include <QThread>
 
@@ -48,7 +48,7 @@ public:
 
     bool read(const QString &path);
     bool fill(const ProgressCallback &progress);
-    void save(const QString &path) const;
+    void save(const QString &path);
 
 private:
     enum class Outcome { Continue, Abort };
@@ -68,6 +68,7 @@ private:
     const LogCallback &m_log;
     const ElevationAccess m_access;
     QNetworkAccessManager m_network;
+    FileStamp m_stamp; ///< of the file as it was read
     TextLines m_text;
     qsizetype m_altitudeColumn = 0;
     int m_updated = 0;
@@ -75,17 +76,16 @@ private:
 
 bool AltitudeFill::read(const QString &path)
 {
-    QFile file(path);
-    const auto fail = [&] {
-        m_log(QStringLiteral("Error: No se pudo abrir el archivo CSV para leer: ") + file.errorString());
+    QString error;
+    std::optional<QByteArray> contents = readWhole(path, &m_stamp, &error);
+    if (!contents) {
+        m_log(QStringLiteral("Error: No se pudo abrir el archivo CSV para leer: ") + error);
         return false;
-    };
-    if (!file.open(QIODevice::ReadOnly))
-        return fail();
+    }
     m_log(QStringLiteral("DEBUG: Abriendo CSV: ") + path);
-    m_text = readTextLines(file);
-    if (file.error() != QFileDevice::NoError)
-        return fail(); // what was read is not all, and must not replace the file
+    QBuffer buffer(&*contents);
+    buffer.open(QIODevice::ReadOnly);
+    m_text = readTextLines(buffer);
     m_log(QStringLiteral("DEBUG: N° de líneas leídas: %1").arg(m_text.lines.size()));
     if (m_text.lines.isEmpty()) {
         m_log(QStringLiteral("Error: El archivo CSV está vacío."));
@@ -244,20 +244,20 @@ void AltitudeFill::store(qsizetype index, double altitude)
     ++m_updated;
 }
 
-void AltitudeFill::save(const QString &path) const
+void AltitudeFill::save(const QString &path)
 {
     m_log(QStringLiteral("DEBUG: Escritura CSV, total líneas: %1").arg(m_text.lines.size()));
-    // Not in text mode: the lines end with a line feed alone on every platform.
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        m_log(QStringLiteral("Error: No se pudo abrir el archivo CSV para escribir: ") + file.errorString());
+    QByteArray contents = m_text.byteOrderMark;
+    for (const QByteArray &line : m_text.lines)
+        contents += line + '\n';
+    QString error;
+    FileReplacement file(path);
+    if (!file.open(&error)) {
+        m_log(QStringLiteral("Error: No se pudo abrir el archivo CSV para escribir: ") + error);
         return;
     }
-    file.write(m_text.byteOrderMark);
-    for (const QByteArray &line : m_text.lines)
-        file.write(line + '\n');
-    if (!file.commit()) {
-        m_log(QStringLiteral("Error: No se pudo guardar los cambios en el CSV: ") + file.errorString());
+    if (!file.commit(contents, &m_stamp, Durability::OnReturn, &error)) {
+        m_log(QStringLiteral("Error: No se pudo guardar los cambios en el CSV: ") + error);
         return;
     }
     m_log(QStringLiteral("DEBUG: CSV guardado correctamente"));

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -166,6 +167,12 @@ CoordinatesTable readCoordinatesFile(const QString &path, const LogCallback &log
     }
 
     const QByteArrayList lines = readTextLines(file).lines;
+    if (!std::all_of(lines.begin(), lines.end(), [](const QByteArray &line) { return line.isValidUtf8(); })) {
+        log(QStringLiteral("Advertencia: el archivo de coordenadas no está en UTF-8, y los nombres con ñ o "
+                           "tildes no se encuentran. Guárdelo como \"CSV UTF-8 (delimitado por punto y "
+                           "coma)\": ") +
+            path);
+    }
     bool atTop = true;
     for (const QByteArray &bytes : lines) {
         const QString line = QString::fromUtf8(bytes);

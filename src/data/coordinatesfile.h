@@ -18,6 +18,9 @@ struct UtmEntry : UtmPosition {
     bool hasAltitude = false;
 };
 
+/// Stands in for a position that nobody knows, so that a photo still has a name of the usual form.
+inline constexpr UtmPosition fallbackPosition{19, 'J', 500000.0, 6000000.0};
+
 /// The rows by photo file name, exact and case-sensitive.
 using CoordinatesTable = QMap<QString, UtmEntry>;
 
@@ -28,5 +31,6 @@ QString coordinatesHeader();
 ///
 /// Every problem goes to `log` as one line. A row whose zone, easting or northing cannot be read is left out;
 /// an unreadable heading, date or altitude leaves out that value alone. Of several rows with one name the
-/// last counts. A file that cannot be opened gives an empty table.
+/// last counts. A file that cannot be opened gives an empty table. One whose bytes are not UTF-8 is read as
+/// far as it goes, after a line that says so and how to save it right.
 CoordinatesTable readCoordinatesFile(const QString &path, const LogCallback &log);

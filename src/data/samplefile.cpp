@@ -7,8 +7,6 @@
 namespace
 {
 
-constexpr UtmPosition placeholder{19, 'J', 500000.0, 6000000.0};
-
 QString truncatedText(double value)
 {
     return QString::number(truncated<qint64>(value));
@@ -23,7 +21,7 @@ QString isoText(const QDateTime &dateTime)
 
 QString sampleLine(const SampleRow &row)
 {
-    const UtmPosition position = row.position.value_or(placeholder);
+    const UtmPosition position = row.position.value_or(fallbackPosition);
     const QString letter =
         position.zoneLetter == '\0' ? QString() : QString(QLatin1Char(position.zoneLetter));
     const QString orientation = row.orientation ? truncatedText(*row.orientation) : QString();

@@ -21,7 +21,9 @@ Settings Settings::load()
     Settings settings;
     settings.altitudeProvider = store.value(providerKey, settings.altitudeProvider).toString();
     settings.googleApiKey = store.value(apiKeyKey, settings.googleApiKey).toString();
-    settings.jpegQuality = store.value(jpegQualityKey, settings.jpegQuality).toInt();
+    bool isNumber = false;
+    const int quality = store.value(jpegQualityKey, settings.jpegQuality).toInt(&isNumber);
+    settings.jpegQuality = isNumber ? quality : settings.jpegQuality;
     return settings;
 }
 

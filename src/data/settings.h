@@ -16,7 +16,8 @@ struct Settings {
     QString googleApiKey;
     int jpegQuality = 90;
 
-    /// The values in the platform's settings store, as they stand; defaults for those that are missing.
+    /// The values in the platform's settings store, as they stand; defaults for those that are missing, and
+    /// for a quality that is no number.
     static Settings load();
 
     /// Writes all three values to the store.

@@ -4,6 +4,10 @@
 #include <QByteArray>
 #include <exiv2/exiv2.hpp>
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
 // What differs between exiv2 0.27 and 0.28.
 namespace Exiv2Compat
 {
@@ -22,10 +26,9 @@ inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
                                        static_cast<size_t>(profile.size())));
 }
 
-inline ImagePtr openImage(const QByteArray &encoded)
+inline size_t sizeOf(const QByteArray &bytes)
 {
-    return Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(encoded.constData()),
-                                     static_cast<size_t>(encoded.size()));
+    return static_cast<size_t>(bytes.size());
 }
 
 inline qint64 toInteger(const Exiv2::Exifdatum &datum)
@@ -50,10 +53,11 @@ inline void setIccProfile(Exiv2::Image &image, const QByteArray &profile)
     image.setIccProfile(buffer);
 }
 
-inline ImagePtr openImage(const QByteArray &encoded)
+// The types differ from function to function; what is too large for any of them is read as far as it goes.
+inline uint32_t sizeOf(const QByteArray &bytes)
 {
-    return Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(encoded.constData()),
-                                     static_cast<long>(encoded.size()));
+    constexpr qsizetype limit = std::numeric_limits<int32_t>::max();
+    return static_cast<uint32_t>(std::min(bytes.size(), limit));
 }
 
 inline qint64 toInteger(const Exiv2::Exifdatum &datum)
@@ -62,6 +66,12 @@ inline qint64 toInteger(const Exiv2::Exifdatum &datum)
 }
 
 #endif
+
+inline ImagePtr openImage(const QByteArray &encoded)
+{
+    return Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(encoded.constData()),
+                                     sizeOf(encoded));
+}
 
 /// A rational with both numbers read as signed 32-bit ones, as they stand; 0.28 refuses unsigned ones that
 /// are too large.

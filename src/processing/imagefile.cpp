@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/imagefile.h"
 
-#include "processing/jpegcodec.h"
+#include "processing/jpegsegments.h"
 
 #include <QBuffer>
 #include <QColorSpace>
@@ -36,22 +36,20 @@ QImage laidOnWhite(const QImage &image)
 
 } // namespace
 
-QImage readImage(const QString &path, PixelBuffers &buffers)
+QImage decodedImage(const QByteArray &file, PixelBuffers &buffers)
 {
     static std::once_flag once;
     std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
 
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    if (file.peek(3) == "\xff\xd8\xff") {
-        const QImage photo = decodedJpeg(file.readAll(), decodingLimitMegabytes, buffers);
+    if (JpegSegments::isJpeg(file)) {
+        const QImage photo = decodedJpeg(file, decodingLimitMegabytes, buffers);
         if (!photo.isNull())
             return photo;
-        file.seek(0);
     }
 
-    QImageReader reader(&file);
+    QBuffer buffer;
+    buffer.setData(file);
+    QImageReader reader(&buffer);
     reader.setAutoTransform(false);
     const QImage image = reader.read();
     if (image.isNull() || paintsInFullColour(image))
@@ -59,30 +57,48 @@ QImage readImage(const QString &path, PixelBuffers &buffers)
     return image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
 }
 
-std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
-                                       QString *error)
+QImage readImage(const QString &path, PixelBuffers &buffers)
 {
-    const QByteArray format = suffix.toLower().toLatin1();
-    if (format == "jpg" || format == "jpeg") {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? decodedImage(file.readAll(), buffers) : QImage();
+}
+
+int pageCount(const QByteArray &file)
+{
+    QBuffer buffer;
+    buffer.setData(file);
+    return QImageReader(&buffer).imageCount();
+}
+
+bool isCredible(QSize size)
+{
+    return !size.isEmpty() &&
+           qint64(size.width()) * size.height() * 4 <= qint64(decodingLimitMegabytes) * 1024 * 1024;
+}
+
+bool isJpegSuffix(const QString &suffix)
+{
+    return suffix.compare(QLatin1String("jpg"), Qt::CaseInsensitive) == 0 ||
+           suffix.compare(QLatin1String("jpeg"), Qt::CaseInsensitive) == 0;
+}
+
+std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
+                                       ChromaSampling sampling, QString *error)
+{
+    if (isJpegSuffix(suffix)) {
         const QImage opaque = image.hasAlphaChannel() ? laidOnWhite(image) : image;
-        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, ChromaSampling::Half,
-                           error);
+        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, sampling, error);
     }
 
+    const QByteArray format = suffix.toLower().toLatin1();
     QByteArray encoded;
     QBuffer buffer(&encoded);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, format);
-    writer.setQuality(quality);
     if (format == "png")
         writer.setCompression(0);
     if (writer.write(image))
         return encoded;
     *error = writer.errorString();
     return std::nullopt;
-}
-
-bool describesRgb(const QByteArray &iccProfile)
-{
-    return iccProfile.mid(16, 4) == "RGB ";
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "processing/jpegcodec.h"
 #include "processing/pixelbuffers.h"
 
 #include <QByteArray>
@@ -9,16 +10,25 @@
 
 #include <optional>
 
-/// Decodes a photo by its contents, whatever its name says, with its pixels as they are stored, in a format
-/// that can be painted on in full colour. Null when it cannot be read, or claims to be larger than memory
-/// should ever be asked for.
+/// Decodes an image file by its contents, whatever its name says, with its pixels as they are stored, in a
+/// format that can be painted on in full colour; of several pages the first. Null when it is no image, or
+/// claims to be larger than memory should ever be asked for.
+QImage decodedImage(const QByteArray &file, PixelBuffers &buffers);
+
+/// The same from a file on the disk.
 QImage readImage(const QString &path, PixelBuffers &buffers);
 
-/// Encodes `image` in a format named as a file suffix is ("jpg", "JPEG", "tiff", "png"). `quality` is 1 to
-/// 100 and counts for JPEG. For JPEG an image with transparency is laid on white. Nothing, with the reason in
-/// `error`, on failure.
-std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
-                                       QString *error);
+/// How many images a file holds, as far as Qt can tell.
+int pageCount(const QByteArray &file);
 
-/// Whether a colour profile (ICC.1, header bytes 16 to 19) describes RGB pixels.
-bool describesRgb(const QByteArray &iccProfile);
+/// Whether an image of this size in pixels may be decoded; what claims more is not believed.
+bool isCredible(QSize size);
+
+/// Whether a file name suffix means JPEG.
+bool isJpegSuffix(const QString &suffix);
+
+/// Encodes `image` in a format named as a file suffix is ("jpg", "JPEG", "tiff", "png"). `quality` and
+/// `sampling` count for JPEG, see `encodedJpeg`. For JPEG an image with transparency is laid on white.
+/// Nothing, with the reason in `error`, on failure.
+std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
+                                       ChromaSampling sampling, QString *error);

@@ -102,19 +102,25 @@ QImage decodedJpeg(const QByteArray &encoded, int limitMegabytes, PixelBuffers &
     return image;
 }
 
-ChromaSampling chromaSamplingOf(const QByteArray &encoded)
+JpegFormat jpegFormatOf(const QByteArray &encoded)
 {
     const Handle handle(tjInitDecompress());
-    int width = 0;
-    int height = 0;
+    JpegFormat format;
     int sampling = 0;
     int colours = 0;
     if (tjDecompressHeader3(handle.get(), bytesOf(encoded), static_cast<unsigned long>(encoded.size()),
-                            &width, &height, &sampling, &colours) != 0)
-        return ChromaSampling::Half;
+                            &format.size.rwidth(), &format.size.rheight(), &sampling, &colours) != 0)
+        return {};
     const auto *known = std::find(samplings.begin(), samplings.end(), sampling);
-    return known == samplings.end() ? ChromaSampling::Half
-                                    : static_cast<ChromaSampling>(known - samplings.begin());
+    if (known != samplings.end())
+        format.sampling = static_cast<ChromaSampling>(known - samplings.begin());
+    return format;
+}
+
+int encoderQuality(int quality)
+{
+    constexpr int usual = 75;
+    return quality < 0 ? usual : std::clamp(quality, 1, 100);
 }
 
 std::optional<QByteArray> encodedJpeg(const QImage &image, int quality, ChromaSampling sampling,
@@ -127,7 +133,7 @@ std::optional<QByteArray> encodedJpeg(const QImage &image, int quality, ChromaSa
     const int result =
         tjCompress2(handle.get(), image.constBits(), image.width(), static_cast<int>(image.bytesPerLine()),
                     image.height(), paintedPixel, &buffer, &size, samplings[static_cast<size_t>(sampling)],
-                    quality < 0 ? 75 : std::min(quality, 100), TJFLAG_ACCURATEDCT);
+                    encoderQuality(quality), TJFLAG_ACCURATEDCT);
     const std::unique_ptr<uchar, decltype(&tjFree)> owner(buffer, tjFree);
     if (result != 0) {
         *error = QString::fromUtf8(tjGetErrorStr2(handle.get()));

@@ -25,11 +25,21 @@ enum class ChromaSampling {
     Half,       ///< 4:2:0
 };
 
-/// The sampling that a photo stored as `encoded` keeps: its own where that is one of these, otherwise, and
-/// for what is no JPEG in colour, 4:2:0.
-ChromaSampling chromaSamplingOf(const QByteArray &encoded);
+struct JpegFormat {
+    QSize size; ///< in pixels; empty when there is no header of a JPEG
 
-/// Encodes an image of Format_RGB32 as a baseline JPEG with the density of the image. A `quality` below 0 is
-/// 75, one above 100 is 100. Nothing, with the reason in `error`, on failure.
+    /// The sampling that the photo keeps: its own where that is one of these, otherwise, and for what is no
+    /// JPEG in colour, 4:2:0.
+    ChromaSampling sampling = ChromaSampling::Half;
+};
+
+/// What the header of a JPEG says.
+JpegFormat jpegFormatOf(const QByteArray &encoded);
+
+/// The quality of an encoder, 1 to 100, as Qt's image writer understands it: below 0 it is 75.
+int encoderQuality(int quality);
+
+/// Encodes an image of Format_RGB32 as a baseline JPEG with the density of the image. `quality` is as
+/// in `encoderQuality`. Nothing, with the reason in `error`, on failure.
 std::optional<QByteArray> encodedJpeg(const QImage &image, int quality, ChromaSampling sampling,
                                       QString *error);

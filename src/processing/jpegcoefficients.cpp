@@ -2,6 +2,7 @@
 #include "processing/jpegcoefficients.h"
 
 #include "processing/coefficientrows.h"
+#include "processing/jpegcodec.h"
 #include "processing/jpegobject.h"
 #include "processing/requantiser.h"
 #include "processing/stampedpieces.h"
@@ -233,6 +234,10 @@ bool Stamper::readToEnd()
 void Stamper::setUp(jpeg_compress_struct *encoder, const QSize &size)
 {
     jpeg_copy_critical_parameters(m_source.get(), encoder);
+    // Whatever header the result gets, its components are taken for what they are.
+    for (int component = 0; component < encoder->num_components; ++component)
+        encoder->comp_info[component].component_id =
+            encoder->jpeg_color_space == JCS_RGB ? "RGB"[component] : component + 1;
     encoder->image_width = static_cast<JDIMENSION>(size.width());
     encoder->image_height = static_cast<JDIMENSION>(size.height());
 #if JPEG_LIB_VERSION >= 70
@@ -245,7 +250,7 @@ void Stamper::setTables(jpeg_compress_struct *encoder) const
 {
     if (m_coding.keepTables)
         return;
-    jpeg_set_quality(encoder, m_coding.quality, TRUE);
+    jpeg_set_quality(encoder, encoderQuality(m_coding.quality), TRUE);
     for (int component = 0; component < encoder->num_components; ++component) {
         const bool chroma = component > 0 && encoder->jpeg_color_space == JCS_YCbCr;
         encoder->comp_info[component].quant_tbl_no = chroma ? 1 : 0;

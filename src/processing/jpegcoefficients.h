@@ -11,7 +11,7 @@
 
 /// How the picture of a stamped JPEG is coded.
 struct JpegCoding {
-    int quality = 90; ///< 0 to 100; chooses the tables by which coefficients are rounded
+    int quality = 90; ///< as in `encodedJpeg`
 
     /// The tables stay the photo's own, so that no coefficient changes outside the stamp; `quality` does not
     /// count.

@@ -1,176 +1,172 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/photometadata.h"
 
-#include "core/numbers.h"
-#include "processing/exifreader.h"
-#include "processing/jpegheader.h"
+#include "processing/exiflibrary.h"
+#include "processing/imagefile.h"
+#include "processing/imageresources.h"
+#include "processing/xmpclaims.h"
 
-#include <QBuffer>
-#include <QDebug>
-#include <QFile>
-#include <QMutexLocker>
-#include <QRecursiveMutex>
-
-#include <mutex>
+#include <algorithm>
 
 namespace
 {
 
-// The one lock of the process for metadata work.
-Q_CONSTINIT QBasicMutex metadataMutex;
+using Kind = JpegSegment::Kind;
 
-void lockXmpToolkit(void *mutex, bool lock)
+// Some cameras fill their files up.
+bool isPadding(QByteArrayView bytes)
 {
-    auto *toolkitMutex = static_cast<QRecursiveMutex *>(mutex);
-    if (lock)
-        toolkitMutex->lock();
-    else
-        toolkitMutex->unlock();
+    return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte == 0 || byte == '\xff'; });
 }
 
-void logLibraryMessage(int level, const char *text)
+bool isTiff(const QByteArray &file)
 {
-    qDebug() << "exiv2" << level << text;
+    return file.startsWith(QByteArrayView("II*\0", 4)) || file.startsWith(QByteArrayView("MM\0*", 4));
 }
 
-// The XMP toolkit inside the library is not thread-safe until it has been given a lock, and its set-up never
-// is.
-void prepareLibrary()
+// A structure that the library does not understand is carried like any other.
+std::optional<PhotoMetadata> withDecodedExif(PhotoMetadata metadata, QString *error)
 {
-    static std::once_flag once;
-    std::call_once(once, [] {
-        static QRecursiveMutex toolkitMutex;
-        Exiv2::LogMsg::setHandler(logLibraryMessage);
-        Exiv2::XmpParser::initialize(lockXmpToolkit, &toolkitMutex);
-    });
+    if (const std::optional<Exiv2::ExifData> exif = decodedExif(metadata.blocks.exif, error))
+        metadata.exif = *exif;
+    return metadata;
 }
 
-// Tags of a TIFF that say where and how the file holds its pixels. Another TIFF has its own, and in a JPEG
-// they are wrong.
-constexpr const char *pixelLayoutTags[] = {
-    "BitsPerSample",       "ColorMap",     "Compression",       "ExtraSamples",   "FillOrder",
-    "ImageLength",         "ImageWidth",   "InterColorProfile", "NewSubfileType", "PhotometricInterpretation",
-    "PlanarConfiguration", "Predictor",    "RowsPerStrip",      "SampleFormat",   "SamplesPerPixel",
-    "StripByteCounts",     "StripOffsets", "SubfileType",       "TileByteCounts", "TileLength",
-    "TileOffsets",         "TileWidth",
-};
-
-void dropPixelLayout(Exiv2::ExifData &exif)
+std::optional<PhotoMetadata> ofJpeg(const QByteArray &file, QString *error)
 {
-    for (const char *name : pixelLayoutTags) {
-        const auto tag = exif.findKey(Exiv2::ExifKey(std::string("Exif.Image.") + name));
-        if (tag != exif.end())
-            exif.erase(tag);
+    PhotoMetadata metadata;
+    metadata.segments = JpegSegments(file);
+    metadata.blocks = metadata.segments.blocks();
+    metadata.isFollowed = !isPadding(QByteArrayView(file).sliced(metadata.segments.endOfPicture()));
+    if (metadata.isFollowed) {
+        metadata.blocks.xmp = withoutFollowingData(metadata.blocks.xmp);
+        metadata.lost += QStringLiteral("lo que sigue a la imagen (vídeo, otra imagen o mapa de ganancia)");
     }
+    return withDecodedExif(std::move(metadata), error);
 }
 
-QByteArray contentsOf(Exiv2::BasicIo &io)
+std::optional<PhotoMetadata> ofPng(const QByteArray &file, QString *error)
 {
-    io.seek(0, Exiv2::BasicIo::beg);
-    const auto *bytes = reinterpret_cast<const char *>(io.mmap());
-    return QByteArray(bytes, static_cast<qsizetype>(io.size()));
+    PhotoMetadata metadata;
+    metadata.chunks = PngChunks(file);
+    metadata.blocks = metadata.chunks.blocks();
+    if (metadata.chunks.contains("acTL"))
+        metadata.lost += QStringLiteral("la animación");
+    if (!isPadding(QByteArrayView(file).sliced(metadata.chunks.end())))
+        metadata.lost += QStringLiteral("lo que sigue a la imagen");
+    return withDecodedExif(std::move(metadata), error);
 }
 
-// The head of a JPEG, up to its pixels, with an EXIF segment put in where cameras put it: first, or behind
-// the JFIF header.
-QByteArray withExifSegment(QByteArray head, const QByteArray &segment)
+std::optional<PhotoMetadata> ofAnother(const QByteArray &file, QString *error)
 {
-    qsizetype at = 2;
-    if (head.mid(at, 2) == "\xff\xe0")
-        at += 2 + (static_cast<uchar>(head[at + 2]) << 8 | static_cast<uchar>(head[at + 3]));
-    return head.insert(at, segment);
-}
-
-std::optional<QByteArray> withMetadataInFull(const QByteArray &encoded, const PhotoMetadata &metadata,
-                                             QString *error)
-{
-    prepareLibrary();
-    const QMutexLocker locker(&metadataMutex);
-    try {
-        const Exiv2Compat::ImagePtr image = Exiv2Compat::openImage(encoded);
-        image->readMetadata();
-        image->setExifData(metadata.exif);
-        image->setIptcData(metadata.iptc);
-        image->setXmpData(metadata.xmp);
-        if (!metadata.iccProfile.isEmpty())
-            Exiv2Compat::setIccProfile(*image, metadata.iccProfile);
-        image->writeMetadata();
-        return contentsOf(image->io());
-    } catch (const std::exception &exception) {
-        *error = QString::fromUtf8(exception.what());
+    const std::optional<LibraryMetadata> read = readByLibrary(file, error);
+    if (!read)
         return std::nullopt;
+    PhotoMetadata metadata;
+    metadata.exif = read->exif;
+    metadata.blocks = read->blocks;
+    if (isTiff(file) && pageCount(file) > 1)
+        metadata.lost += QStringLiteral("las páginas después de la primera");
+    return metadata;
+}
+
+QByteArray keptSegments(const PhotoMetadata &metadata)
+{
+    QByteArray kept;
+    for (const JpegSegment &each : metadata.segments.list()) {
+        if (each.kind == Kind::Coding || each.kind == Kind::FurtherPictures ||
+            (each.kind == Kind::Profile && metadata.hasForeignProfile))
+            continue;
+        if (each.kind == Kind::Xmp && metadata.isFollowed)
+            kept.append(jpegXmpSegment(withoutFollowingData(each.content.toByteArray())));
+        else
+            kept.append(each.bytes);
     }
+    return kept;
+}
+
+// The blocks in segments, as far as these are large enough.
+QByteArray newSegments(MetadataBlocks blocks, QStringList *lost)
+{
+    if (blocks.xmp.size() > jpegXmpLimit) {
+        blocks.xmp.clear();
+        lost->append(QStringLiteral("los datos XMP, demasiado grandes para un JPEG"));
+    }
+    if (blocks.exif.size() > jpegExifLimit) {
+        blocks.exif = shortenedExif(blocks.exif, jpegExifLimit);
+        lost->append(QStringLiteral("las etiquetas EXIF más grandes"));
+    }
+    return jpegSegmentsOf(blocks);
+}
+
+QByteArray jpegWithMetadata(const QByteArray &picture, const PhotoMetadata &metadata, QStringList *lost)
+{
+    if (metadata.segments.list().isEmpty() || metadata.isFresh)
+        return jpegWithSegments(picture, newSegments(metadata.blocks, lost), JpegDensity::OfPicture);
+    return jpegWithSegments(picture, keptSegments(metadata), JpegDensity::OfSegments);
+}
+
+QByteArray pngWithMetadata(const QByteArray &picture, const PhotoMetadata &metadata)
+{
+    if (metadata.chunks.list().isEmpty())
+        return pngWithMetadata(picture, pngMetadataOf(metadata.blocks), PngDensity::OfPicture);
+    const bool withProfile = !metadata.hasForeignProfile;
+    if (!metadata.isFresh) {
+        return pngWithMetadata(picture, metadata.chunks.metadata(PngChunks::Keep::All, withProfile),
+                               PngDensity::OfMetadata);
+    }
+    PngMetadata kept = metadata.chunks.metadata(PngChunks::Keep::WithoutTags, withProfile);
+    MetadataBlocks tags;
+    tags.exif = metadata.blocks.exif;
+    tags.imageResources = metadata.blocks.imageResources;
+    kept.before += pngMetadataOf(tags).before;
+    return pngWithMetadata(picture, kept, PngDensity::OfMetadata);
 }
 
 } // namespace
 
-int PhotoMetadata::orientation() const
+std::optional<Exiv2::ExifData> readExif(const QByteArray &file, QString *error)
 {
-    const auto tag = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
-    if (tag == exif.end() || tag->count() == 0)
-        return 1;
-    const qint64 value = Exiv2Compat::toInteger(*tag);
-    return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
+    if (JpegSegments::isJpeg(file))
+        return decodedExif(JpegSegments(file).first(Kind::Exif).toByteArray(), error);
+    if (PngChunks::isPng(file))
+        return decodedExif(PngChunks(file).blocks().exif, error);
+    std::optional<LibraryMetadata> read = readByLibrary(file, error);
+    return read ? std::optional(std::move(read->exif)) : std::nullopt;
 }
 
-std::optional<QSize> PhotoMetadata::dotsPerMeter() const
+std::optional<PhotoMetadata> readMetadata(const QByteArray &file, QString *error)
 {
-    const auto x = exif.findKey(Exiv2::ExifKey("Exif.Image.XResolution"));
-    const auto y = exif.findKey(Exiv2::ExifKey("Exif.Image.YResolution"));
-    if (x == exif.end() || y == exif.end() || x->count() == 0 || y->count() == 0)
-        return std::nullopt;
-    const auto unit = exif.findKey(Exiv2::ExifKey("Exif.Image.ResolutionUnit"));
-    const bool centimetres = unit != exif.end() && unit->count() > 0 && Exiv2Compat::toInteger(*unit) == 3;
-    const double perMetre = centimetres ? 100.0 : 1 / 0.0254;
-    const QSize size(rounded(static_cast<double>(x->toFloat()) * perMetre),
-                     rounded(static_cast<double>(y->toFloat()) * perMetre));
-    constexpr int credible = 1000000; // 25,400 dpi
-    if (size.isEmpty() || size.width() > credible || size.height() > credible)
-        return std::nullopt;
-    return size;
-}
-
-std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *error)
-{
-    prepareLibrary();
-    const std::string nativePath = qPathToNativeStdString(path);
-    QByteArray exifSegment;
-    if (QFile file(path); file.open(QIODevice::ReadOnly))
-        exifSegment = JpegHeader::read(file).exif;
-    const QMutexLocker locker(&metadataMutex);
-    try {
-        const Exiv2Compat::ImagePtr image = Exiv2::ImageFactory::open(nativePath);
-        image->readMetadata();
-        PhotoMetadata metadata{image->exifData(), image->iptcData(), image->xmpData(),
-                               Exiv2Compat::iccProfile(*image), exifSegment};
-        if (image->mimeType() == "image/tiff")
-            dropPixelLayout(metadata.exif);
-        return metadata;
-    } catch (const std::exception &exception) {
-        *error = QString::fromUtf8(exception.what());
-        return std::nullopt;
+    const auto read = JpegSegments::isJpeg(file) ? ofJpeg : PngChunks::isPng(file) ? ofPng : ofAnother;
+    std::optional<PhotoMetadata> metadata = read(file, error);
+    if (metadata && !metadata->blocks.iccProfile.isEmpty() && !describesRgb(metadata->blocks.iccProfile)) {
+        metadata->hasForeignProfile = true;
+        metadata->blocks.iccProfile.clear();
+        metadata->lost += QStringLiteral("el perfil de color, que no es RGB");
     }
+    return metadata;
 }
 
-std::optional<QByteArray> withMetadata(const QByteArray &encoded, const PhotoMetadata &metadata,
-                                       QString *error)
+PhotoMetadata withFreshExif(const PhotoMetadata &metadata, const Exiv2::ExifData &exif)
 {
-    QBuffer buffer;
-    buffer.setData(encoded);
-    buffer.open(QIODevice::ReadOnly);
-    const qint64 pixels = JpegHeader::read(buffer).startOfPixels;
-    if (pixels == 0)
-        return withMetadataInFull(encoded, metadata, error);
+    PhotoMetadata fresh = metadata;
+    fresh.isFresh = true;
+    fresh.exif = exif;
+    fresh.blocks.exif = encodedExif(exif);
+    fresh.blocks.xmp.clear();
+    fresh.blocks.imageResources = withoutPlace(metadata.blocks.imageResources);
+    fresh.blocks.comments.removeIf([](const QByteArray &comment) { return comment.startsWith("exif:"); });
+    return fresh;
+}
 
-    // All metadata of a JPEG stand before its pixels: without these the library, and with it the lock, has
-    // little to do. The original's EXIF segment goes in as it stands: the library finds nothing to change
-    // there, so that not even maker notes that it does not know are touched.
-    const QByteArray head = withExifSegment(encoded.first(pixels), metadata.exifSegment) + endOfJpeg;
-    std::optional<QByteArray> result = withMetadataInFull(head, metadata, error);
-    if (result) {
-        Q_ASSERT(result->endsWith(endOfJpeg));
-        result->chop(endOfJpeg.size());
-        result->append(QByteArrayView(encoded).sliced(pixels));
-    }
-    return result;
+std::optional<PhotoContents> withMetadata(const QByteArray &picture, const PhotoMetadata &metadata,
+                                          QString *error)
+{
+    QStringList lost = metadata.lost;
+    if (JpegSegments::isJpeg(picture))
+        return PhotoContents{jpegWithMetadata(picture, metadata, &lost), lost};
+    if (PngChunks::isPng(picture))
+        return PhotoContents{pngWithMetadata(picture, metadata), lost};
+    const std::optional<QByteArray> tiff = tiffWithMetadata(picture, metadata.exif, metadata.blocks, error);
+    return tiff ? std::optional(PhotoContents{*tiff, lost}) : std::nullopt;
 }

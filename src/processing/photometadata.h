@@ -2,39 +2,47 @@
 #pragma once
 
 #include "processing/exiv2compat.h"
+#include "processing/jpegsegments.h"
+#include "processing/metadatablocks.h"
+#include "processing/pngchunks.h"
 
 #include <QByteArray>
-#include <QSize>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
-/// The metadata of one photo file, as the EXIF library gives it.
+/// What a photo carries beside its pixels: understood, as blocks that fit into any format, and as it stands
+/// in the file.
 struct PhotoMetadata {
     Exiv2::ExifData exif;
-    Exiv2::IptcData iptc;
-    Exiv2::XmpData xmp;
-    QByteArray iccProfile; ///< empty when there is none
-
-    /// The EXIF segment of a JPEG as it stands in the file; empty for other formats, and to be emptied when
-    /// `exif` is replaced.
-    QByteArray exifSegment;
-
-    /// How the pixels are stored, 1 to 8 (see render/uprightimage.h); 1 when no tag, or none that makes
-    /// sense, tells.
-    int orientation() const;
-
-    /// Pixels per metre across and down as the EXIF tags give them; nothing when they do not.
-    std::optional<QSize> dotsPerMeter() const;
+    MetadataBlocks blocks;
+    JpegSegments segments{{}};      ///< of a JPEG
+    PngChunks chunks{{}};           ///< of a PNG
+    bool isFresh = false;           ///< `exif` was made anew and is not what segments and chunks hold
+    bool isFollowed = false;        ///< something stands behind the picture of a JPEG
+    bool hasForeignProfile = false; ///< the colour profile does not describe RGB pixels, and is not kept
+    QStringList lost;               ///< what no result can hold, in words for the user
 };
 
-/// Reads all metadata of a photo file. Of a TIFF, the tags that describe how its pixels are laid out in the
-/// file are left out: they belong to that file alone. Nothing, with the library's text in `error`, when the
-/// file cannot be read or is no image. Holds the process-wide metadata lock while the library works.
-std::optional<PhotoMetadata> readPhotoMetadata(const QString &path, QString *error);
+/// The EXIF tags of a photo file. Nothing, with the reason in `error`, when it is no image. The beginning of
+/// a JPEG, up to its pixels, is enough.
+std::optional<Exiv2::ExifData> readExif(const QByteArray &file, QString *error);
 
-/// The encoded image `image` (JPEG, PNG or TIFF) with its EXIF, IPTC and XMP data replaced by those of
-/// `metadata`, and its colour profile too when `metadata` has one. Nothing, with the library's text in
-/// `error`, when it cannot take them. Holds the process-wide metadata lock.
-std::optional<QByteArray> withMetadata(const QByteArray &image, const PhotoMetadata &metadata,
-                                       QString *error);
+/// All metadata of a photo file.
+std::optional<PhotoMetadata> readMetadata(const QByteArray &file, QString *error);
+
+/// The metadata with `exif` in place of all tags: nothing is left that tells of another position, neither XMP
+/// nor what cameras keep in segments of their own, nor the place names of IPTC.
+PhotoMetadata withFreshExif(const PhotoMetadata &metadata, const Exiv2::ExifData &exif);
+
+/// A complete file, and what it could not take of the metadata, in words for the user.
+struct PhotoContents {
+    QByteArray bytes;
+    QStringList lost;
+};
+
+/// The encoded picture (JPEG, PNG or TIFF) with `metadata` in place of its own. What its format can hold as
+/// it stood in the file stays so to the byte. Nothing, with the reason in `error`, on failure.
+std::optional<PhotoContents> withMetadata(const QByteArray &picture, const PhotoMetadata &metadata,
+                                          QString *error);

@@ -1,37 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/callbacks.h"
-#include "core/processoptions.h"
-#include "data/coordinatesfile.h"
-#include "processing/exifreader.h"
-#include "processing/filesafety.h"
+#include "processing/photofile.h"
 #include "processing/photometadata.h"
-#include "processing/pixelbuffers.h"
+#include "processing/stampedpicture.h"
 #include "render/overlay.h"
 
-#include <QSet>
 #include <QStringList>
 
 #include <optional>
 
-/// What the photos of one run share. What the tasks change takes care of its threads itself.
-struct BatchRun {
-    const ProcessOptions &options;
-    const LogCallback &log;                ///< for the lines that do not wait for the end of the run
-    QString directory;                     ///< root of the run, absolute
-    QSet<QString> photos;                  ///< absolute paths of all photos of the run
-    bool outputInsideRoot = false;         ///< the output folder is the root or lies inside it
-    std::optional<CoordinatesTable> table; ///< none in EXIF mode or without a coordinates file
-    OverlayResources resources;
-    FilePlacer &placer;
-    PixelBuffers &buffers;
+/// What is settled about a photo before its file is touched.
+struct PhotoData {
+    OverlayData overlay;
+    int storedOrientation = 1; ///< of the pixels in the file; they are turned when `overlay` has another
 };
 
 /// The way of one photo through a run: copy or backup, metadata, position, name, overlay, saving. Each step
 /// writes its lines to the photo's own list. An object serves one photo, on one thread.
 class PhotoPipeline
 {
+    Q_DISABLE_COPY_MOVE(PhotoPipeline)
+
 public:
     enum class Outcome {
         Left,     ///< given up on the way; its lines are not shown
@@ -43,34 +33,32 @@ public:
 
     Outcome process();
 
+    /// The photo's own log.
     const QStringList &lines() const;
 
-private:
-    bool takeUp();
-    bool copyToOutputFolder();
-    bool isEarlierResult() const;
-    bool isPhotoOfRun(const QString &target) const;
-    void backUp();
-    void readMetadata();
-    bool settlePosition();
-    void settlePositionFromExif();
-    bool settlePositionFromTable();
-    bool rename();
-    bool isReserved(const QString &fileName) const;
-    std::optional<QImage> paintedImage();
-    Outcome save(const QImage &image);
+    /// The line that tells why a photo came to `outcome`: of one that was left, its last; of one that was not
+    /// saved, the last error.
+    QString failure(Outcome outcome) const;
 
-    QString relativeFolder() const;
+    const PhotoFile &file() const;
+
+private:
+    PhotoMetadata readSource();
+    std::optional<PhotoData> settled(const PhotoMetadata &metadata);
+    QDateTime settledDate(const PhotoMetadata &metadata);
+    void settleFromExif(const PhotoMetadata &metadata, OverlayData &data);
+    bool settleFromTable(OverlayData &data);
+    QString utmName(const UtmPosition &utm) const;
+    PhotoMetadata metadataToWrite(const PhotoMetadata &original, const PhotoData &data, bool painted);
+    Outcome save(const StampedPicture &picture, const PhotoMetadata &metadata);
+
+    QString fileName() const;
     bool writesFreshTags() const;
     void write(const QString &line);
 
     const BatchRun &m_run;
     const ProcessOptions &m_options;
-    const QString m_sourcePath;
-    const QString m_name;
-    QString m_workingPath;
-    FileStamp m_stamp; ///< of the working file, as it was taken up
-    PhotoMetadata m_metadata;
-    OverlayData m_data;
     QStringList m_lines;
+    PhotoFile m_file;
+    QByteArray m_source; ///< the photo as it was, read once
 };

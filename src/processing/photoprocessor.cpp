@@ -7,9 +7,10 @@
 #include "processing/photowalk.h"
 #include "render/fontregistry.h"
 
-#include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QHash>
+#include <QMutex>
 #include <QThread>
 #include <QThreadPool>
 #include <QtConcurrentMap>
@@ -44,23 +45,68 @@ private:
     std::atomic<size_t> m_next = 0;
 };
 
-PhotoPipeline::Outcome processGuarded(PhotoPipeline &pipeline, const QString &path)
+struct PhotoResult {
+    PhotoPipeline::Outcome outcome;
+    QString reason; ///< why it was not finished
+};
+
+PhotoResult processGuarded(PhotoPipeline &pipeline)
 {
     try {
-        return pipeline.process();
+        const PhotoPipeline::Outcome outcome = pipeline.process();
+        QString reason = pipeline.failure(outcome);
+        if (outcome == PhotoPipeline::Outcome::Left && !pipeline.file().trouble().isEmpty())
+            reason += QStringLiteral(": ") + pipeline.file().trouble();
+        return {outcome, reason};
     } catch (const std::exception &exception) {
-        qCritical() << path << exception.what();
-        return PhotoPipeline::Outcome::Left;
+        return {PhotoPipeline::Outcome::Left, QString::fromUtf8(exception.what())};
     }
 }
 
-// Whether `folder` is `root` or lies inside it.
-bool liesWithin(const QString &folder, const QString &root)
+// What becomes of the photos of a run. Safe to use from several threads.
+class SummaryCounter
 {
-    const QString canonicalRoot = canonicalPath(root);
-    const QString canonicalFolder = canonicalPath(folder);
-    return canonicalFolder == canonicalRoot || canonicalFolder.startsWith(canonicalRoot + u'/');
-}
+public:
+    explicit SummaryCounter(const QStringList &photos)
+        : m_photos(photos)
+    {
+        m_summary.total = static_cast<int>(photos.size());
+    }
+
+    void count(const PhotoResult &result, const PhotoFile &file)
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_summary.backupsFailed += file.backupFailed() ? 1 : 0;
+        switch (result.outcome) {
+        case PhotoPipeline::Outcome::Finished:
+            ++m_summary.finished;
+            return;
+        case PhotoPipeline::Outcome::Left:
+            ++m_summary.left;
+            break;
+        case PhotoPipeline::Outcome::NotSaved:
+            ++m_summary.notSaved;
+            break;
+        }
+        m_leftPhotos.insert(file.sourcePath(), {file.sourcePath(), file.path(), result.reason});
+    }
+
+    PhotoProcessor::Summary summary() const
+    {
+        PhotoProcessor::Summary summary = m_summary;
+        for (const QString &photo : m_photos) {
+            if (const auto left = m_leftPhotos.constFind(photo); left != m_leftPhotos.constEnd())
+                summary.leftPhotos.append(*left);
+        }
+        return summary;
+    }
+
+private:
+    const QStringList &m_photos;
+    QMutex m_mutex;
+    PhotoProcessor::Summary m_summary;
+    QHash<QString, PhotoProcessor::LeftPhoto> m_leftPhotos;
+};
 
 // Calls `task` for every photo, on `threads` threads of a pool of its own: Qt's painting on the GUI thread
 // uses the global pool and would stand still while that is full. A single photo is done here and now.
@@ -127,10 +173,12 @@ PhotoProcessor::Summary PhotoProcessor::summary() const
 void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCallback &log,
                                          const ProgressCallback &progress)
 {
-    const QStringList photos = findPhotos(directory, m_options.includeSubfolders, PhotoWalk::Batch);
+    QStringList passedOver;
+    const QStringList photos =
+        findPhotos(directory, m_options.includeSubfolders, PhotoWalk::Batch, &passedOver);
     const int total = static_cast<int>(photos.size());
     PixelBuffers buffers;
-    FilePlacer placer;
+    RunFiles files(m_options, QDir(directory).absolutePath(), photos);
     const Logo logo(loadedLogo(m_options.logoPath, buffers, log));
     std::optional<CoordinatesTable> table;
     if (!m_options.useExif && !m_options.txtPath.isEmpty())
@@ -142,34 +190,33 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
         progress(0, total);
     LogSlots logSlots(total);
     std::atomic<int> done = 0;
-    std::atomic<int> finished = 0;
+    SummaryCounter counter(photos);
     const BatchRun run{m_options,
                        log,
                        QDir(directory).absolutePath(),
-                       QSet<QString>(photos.begin(), photos.end()),
-                       liesWithin(m_options.outputFolder, directory),
                        table,
                        OverlayResources{&logo, loadedFontFamily(m_options.fontPath, log)},
-                       placer,
+                       files,
                        buffers};
 
     mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
               [&](const QString &path) {
                   const size_t slot = logSlots.take();
                   PhotoPipeline pipeline(run, path);
-                  const PhotoPipeline::Outcome outcome = processGuarded(pipeline, path);
-                  if (outcome == PhotoPipeline::Outcome::Left)
+                  const PhotoResult result = processGuarded(pipeline);
+                  counter.count(result, pipeline.file());
+                  if (result.outcome == PhotoPipeline::Outcome::Left)
                       return;
-                  if (outcome == PhotoPipeline::Outcome::Finished)
-                      ++finished;
                   const int doneNow = done.fetch_add(1) + 1;
                   if (progress)
                       progress(doneNow, total);
                   logSlots.fill(slot, pipeline.lines());
               });
 
+    m_summary = counter.summary();
+    m_summary.passedOver = passedOver;
+    m_summary.notSynced = files.finish();
     logSlots.flush(log);
-    m_summary = {total, finished};
     log(QStringLiteral("Se procesaron %1 fotos en %2.")
             .arg(QString::number(total), elapsedText(timer.elapsed())));
 }

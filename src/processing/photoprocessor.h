@@ -13,11 +13,23 @@ class PhotoProcessor : public QObject
     Q_OBJECT
 
 public:
-    /// How many photos a run found and how many of them came out finished (painted and saved with their
-    /// metadata).
+    /// A photo that a run could not finish.
+    struct LeftPhoto {
+        QString path;   ///< as the run found it
+        QString nowAt;  ///< where its file is now; `path` unless it was copied or renamed before
+        QString reason; ///< the log line that tells why, with the system's reason where there is one
+    };
+
+    /// How a run ended.
     struct Summary {
-        int total = 0;
-        int finished = 0;
+        int total = 0;               ///< photos found
+        int finished = 0;            ///< painted and saved with their metadata
+        int left = 0;                ///< given up on the way; their lines are not in the log
+        int notSaved = 0;            ///< went to the end, but image or metadata could not be written
+        int backupsFailed = 0;       ///< went on without the copy that was asked for
+        QList<LeftPhoto> leftPhotos; ///< those left and those not saved, in the order of the walk
+        QStringList passedOver; ///< what the walk could not take: names that are no UTF-8, closed folders
+        QString notSynced; ///< why the results in the output folder may not all be on the disk; mostly empty
     };
 
     explicit PhotoProcessor(QObject *parent = nullptr);

@@ -11,7 +11,14 @@ enum class PhotoWalk {
 };
 
 /// The absolute paths of the photos of a folder (names ending in .jpg, .jpeg, .png or .tiff in any case), in
-/// the order of the directory iterator, unsorted. With subfolders the folder "Backup" directly inside
-/// `directory` is left out: it holds the untouched copies. An empty `directory` is no folder and gives no
-/// photos.
-QStringList findPhotos(const QString &directory, bool includeSubfolders, PhotoWalk walk);
+/// the order of the file system, unsorted; hidden files and folders are left out. An empty `directory` is no
+/// folder and gives no photos.
+///
+/// With subfolders the untouched copies are left out: the folder "Backup" directly inside `directory`, and
+/// in every deeper "Backup" what is called as the copies are. Whether "backup" is "Backup" is for the file
+/// system to say.
+///
+/// `passedOver`, if given, gets a line for every photo or folder that could not be taken: because its name is
+/// no UTF-8, or the folder could not be read.
+QStringList findPhotos(const QString &directory, bool includeSubfolders, PhotoWalk walk,
+                       QStringList *passedOver = nullptr);

@@ -7,10 +7,6 @@
 #include <QStringList>
 #include <QThread>
 
-#include <memory>
-
-class QHttpServer;
-
 /// Both elevation services on a port of this machine, on a thread of their own.
 class ElevationServer
 {
@@ -40,7 +36,6 @@ private:
     Answer nextAnswer(const QString &request);
 
     QThread m_thread;
-    std::unique_ptr<QHttpServer> m_server;
     quint16 m_port = 0;
     mutable QMutex m_mutex;
     QList<Answer> m_answers;

@@ -9,7 +9,7 @@
 #include <QMap>
 #include <QString>
 
-// Small photo files with any tags, and runs over them, for tests and samples.
+// Small photo files with any tags, and runs over them, for tests.
 
 /// Tag values by key ("Exif.Image.Orientation", "Iptc...", "Xmp..."), in the text form of the EXIF library.
 using Tags = QMap<QByteArray, QByteArray>;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "elevationserver.h"
+#include "support/elevationserver.h"
 
 #include <QHttpServer>
 #include <QMutexLocker>
 #include <QTcpServer>
 
 ElevationServer::ElevationServer()
-    : m_server(std::make_unique<QHttpServer>())
 {
+    auto server = std::make_unique<QHttpServer>();
     const auto reply = [this](const QHttpServerRequest &request) {
         const Answer answer = nextAnswer(
             request.url().toString(QUrl::FullyEncoded | QUrl::RemoveScheme | QUrl::RemoveAuthority));
@@ -15,18 +15,18 @@ ElevationServer::ElevationServer()
         return QHttpServerResponse(QByteArrayLiteral("application/json"), answer.body,
                                    static_cast<QHttpServerResponse::StatusCode>(answer.status));
     };
-    m_server->route(QStringLiteral("/maps/api/elevation/json"), reply);
-    m_server->route(QStringLiteral("/v1/srtm30m"), reply);
+    server->route(QStringLiteral("/maps/api/elevation/json"), reply);
+    server->route(QStringLiteral("/v1/srtm30m"), reply);
 
     auto tcpServer = std::make_unique<QTcpServer>();
     if (!tcpServer->listen(QHostAddress::LocalHost))
         qFatal("no port on this machine");
     m_port = tcpServer->serverPort();
-    m_server->bind(tcpServer.release()); // owns it from here on
+    server->bind(tcpServer.release()); // owns it from here on
 
-    m_server->moveToThread(&m_thread);
-    QObject::connect(
-        &m_thread, &QThread::finished, m_server.get(), [this] { m_server.reset(); }, Qt::DirectConnection);
+    server->moveToThread(&m_thread);
+    QObject::connect(&m_thread, &QThread::finished, server.get(), &QObject::deleteLater);
+    server.release(); // deletes itself at the end of its thread
     m_thread.start();
 }
 

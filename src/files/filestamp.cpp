@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "files/filestamp.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+qint64 nanoseconds(const timespec &time)
+{
+    return qint64(time.tv_sec) * 1000000000 + time.tv_nsec;
+}
+
+// Reads on to the end of the file, which may be more or less than it said.
+bool readToEnd(const Descriptor &file, QByteArray &contents)
+{
+    constexpr qsizetype step = 1 << 20;
+    qsizetype length = 0;
+    for (;;) {
+        if (contents.size() - length < 1)
+            contents.resize(length + step);
+        const ssize_t count =
+            ::read(file.number(), contents.data() + length, static_cast<size_t>(contents.size() - length));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            contents.resize(length);
+            return count == 0;
+        }
+        length += count;
+    }
+}
+
+} // namespace
+
+std::optional<FileStamp::Facts> FileStamp::factsOf(const struct stat &status)
+{
+    return Facts{status.st_dev, status.st_ino, status.st_size, nanoseconds(status.st_mtim),
+                 nanoseconds(status.st_ctim)};
+}
+
+std::optional<FileStamp::Facts> FileStamp::factsOf(const Descriptor &file)
+{
+    struct stat status {
+    };
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
+        return std::nullopt;
+    return factsOf(status);
+}
+
+FileStamp FileStamp::of(const QString &path)
+{
+    FileStamp stamp;
+    stamp.m_held = std::make_shared<Descriptor>(openFile(path, O_PATH));
+    stamp.m_facts = factsOf(*stamp.m_held);
+    return stamp;
+}
+
+bool FileStamp::isStill(const QString &path) const
+{
+    struct stat status {
+    };
+    return m_facts && ::stat(QFile::encodeName(path).constData(), &status) == 0 && factsOf(status) == m_facts;
+}
+
+void FileStamp::renewAfterRename()
+{
+    const std::optional<Facts> now = m_held ? factsOf(*m_held) : std::nullopt;
+    if (m_facts && now)
+        m_facts->changed = now->changed;
+}
+
+std::optional<QByteArray> readWhole(const QString &path, FileStamp *stamp, QString *error)
+{
+    const Descriptor file = openFile(path, O_RDONLY | O_NOCTTY | O_NONBLOCK);
+    struct stat status {
+    };
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
+        *error = systemReason(errno);
+        return std::nullopt;
+    }
+    if (!S_ISREG(status.st_mode)) {
+        *error = QStringLiteral("no es un archivo");
+        return std::nullopt;
+    }
+    // One byte more than the file has: the read that fills the rest is then also the one that finds the end.
+    QByteArray contents(static_cast<qsizetype>(status.st_size) + 1, Qt::Uninitialized);
+    if (!readToEnd(file, contents)) {
+        *error = systemReason(errno);
+        return std::nullopt;
+    }
+    *stamp = FileStamp::of(path);
+    if (FileStamp::factsOf(status) != FileStamp::factsOf(file) ||
+        stamp->m_facts != FileStamp::factsOf(file) || contents.size() != status.st_size) {
+        *error = QStringLiteral("otro programa cambió el archivo mientras se leía");
+        return std::nullopt;
+    }
+    return contents;
+}

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "files/attributes.h"
+#include "files/descriptor.h"
+
+#include <QByteArray>
+#include <QString>
+
+enum class Durability {
+    OnReturn, ///< on the disk when the call returns
+    Later,    ///< when the system gets round to it, or at `syncFileSystem`
+};
+
+/// A file in the making. It is hidden in the folder where it will be needed, under a name that is no photo's
+/// (".velmaro-" and 16 digits, whatever the target is called), and removed together with the object unless it
+/// was moved from there. A program that is killed, or a machine that stops, leaves it behind.
+class UnfinishedFile
+{
+public:
+    UnfinishedFile() = default;
+    ~UnfinishedFile();
+
+    /// Makes the empty file, for the user alone to read until it gets the attributes of another one, or, for
+    /// a `newKind`, with those that the system gives new files. False, with the reason in `error`.
+    bool open(const QString &folder, bool newKind, QString *error);
+
+    /// Gives it the attributes of another file. Before `write`.
+    void carryFrom(const QString &path, Attributes attributes);
+
+    /// Writes the contents and closes the file. False, with the reason in `error`, unless every byte has
+    /// arrived.
+    bool write(const QByteArray &contents, Durability durability, QString *error);
+
+    const QString &path() const { return m_path; }
+
+    /// It has got another name, and is finished.
+    void moved() { m_path.clear(); }
+
+private:
+    Q_DISABLE_COPY_MOVE(UnfinishedFile)
+
+    bool writeAll(const QByteArray &contents);
+
+    QString m_path;
+    Descriptor m_file;
+    QString m_attributesFrom;
+    Attributes m_attributes = Attributes::OfACopy;
+};
