@@ -3,7 +3,7 @@
 // Times of single parts of the work, each as the median of several runs.
 
 #include "data/coordinatesfile.h"
-#include "data/preset.h"
+#include "data/runrequest.h"
 #include "render/fontregistry.h"
 #include "render/overlay.h"
 #include "samplephotos.h"
@@ -68,9 +68,10 @@ void measureCoordinatesFile(int rows)
 
 void measureOverlay(const QImage &photo, int compassStyle)
 {
-    ProcessOptions options;
-    Preset::atStart().fill(options, true);
-    options.logoRatio = Preset().logoRatio;
+    RunRequest request;
+    request.preset = Preset::atStart();
+    ProcessOptions options = request.options();
+    options.logoRatio = request.preset.logoRatio;
     options.compassStyle = compassStyle;
     OverlayData data;
     data.dateTime = QDateTime(QDate(2026, 3, 14), QTime(9, 12, 5));

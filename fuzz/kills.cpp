@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "photofiles.h"
+#include "support/photofiles.h"
 
 #include <QDir>
 #include <QElapsedTimer>

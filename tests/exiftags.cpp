@@ -29,7 +29,7 @@ QByteArray ExifTagsTest::read(const Tags &changes) const
 {
     Tags tags = gpsTags();
     tags.insert(changes);
-    tags.removeIf([](auto tag) { return tag.value().isEmpty(); });
+    tags.removeIf([](Tags::iterator tag) { return tag.value().isEmpty(); });
     const QString path = m_folder.filePath(QStringLiteral("año nuevo 🌋 ñandú.jpg"));
     writePhoto(path, plainImage({8, 8}), tags);
     const auto [gps, date] = readPhotoTags(path);

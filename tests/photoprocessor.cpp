@@ -58,7 +58,8 @@ void PhotoProcessorTest::walks_data()
     const QStringList own{QStringLiteral("FOTO.JPG"), QStringLiteral("b.tiff"), QStringLiteral("c.jpeg"),
                           QStringLiteral("d.Png")};
     const QString link = QStringLiteral("link.jpg");
-    const QStringList below{QStringLiteral("sub/Backup/f.jpg"), QStringLiteral("sub/e.jpg")};
+    const QStringList below{QStringLiteral("sub/Backup/f.jpg"), QStringLiteral("sub/e.jpg"),
+                            QStringLiteral("sub/backup/h_backup.jpg"), QStringLiteral("sub/f_backup.jpg")};
     QTest::newRow("batch") << PhotoWalk::Batch << false << own;
     QTest::newRow("batch below") << PhotoWalk::Batch << true << own + below;
     QTest::newRow("preview") << PhotoWalk::Preview << false << own + QStringList(link);
@@ -74,11 +75,14 @@ void PhotoProcessorTest::walks()
     QFETCH(bool, subfolders);
     QFETCH(QStringList, expected);
     QDir root(m_folder->path());
-    root.mkpath(QStringLiteral("sub/Backup"));
+    for (const char *folder : {"sub/Backup/deep", "sub/backup", ".x"})
+        root.mkpath(QString::fromLatin1(folder));
     root.mkpath(QStringLiteral("Backup"));
     root.mkpath(QStringLiteral("carpeta.jpg"));
-    for (const char *name : {"FOTO.JPG", "b.tiff", "c.jpeg", "d.Png", "x.gif", "x.tif", "xjpg", "sub/e.jpg",
-                             "sub/Backup/f.jpg", "Backup/g.jpg"})
+    for (const char *name :
+         {"FOTO.JPG", "b.tiff", "c.jpeg", "d.Png", "x.gif", "x.tif", "xjpg", "sub/e.jpg", "sub/Backup/f.jpg",
+          "sub/Backup/f_backup.jpg", "sub/Backup/deep/f_backup(12).png", "sub/f_backup.jpg",
+          "sub/backup/h_backup.jpg", ".x/i.jpg", ".j.jpg", "Backup/g.jpg"})
         writeText(path(QString::fromLatin1(name)), "");
     QVERIFY(QFile::link(path(QStringLiteral("FOTO.JPG")), path(QStringLiteral("link.jpg"))));
     QVERIFY(QFile::link(path(QStringLiteral("FOTO.JPG")), path(QStringLiteral("sub/link.jpg"))));

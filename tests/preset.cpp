@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "data/preset.h"
+#include "data/runrequest.h"
 
 #include <QDoubleSpinBox>
 #include <QFile>
@@ -13,12 +13,9 @@ class PresetTest : public QObject
     Q_OBJECT
 
 private slots:
-    void roundTripKeepsEveryKey();
-    void emptyProfileClearsOnlyItsFour_data();
-    void emptyProfileClearsOnlyItsFour();
-    void bringsRatiosIntoRange_data();
+    void takesOnlyWhatIsValid();
     void bringsRatiosIntoRange();
-    void fillsOptions();
+    void fillsTheOptionsOfARun();
     void readsProfileFiles();
 };
 
@@ -41,113 +38,76 @@ QJsonObject otherProfile()
 
 } // namespace
 
-void PresetTest::roundTripKeepsEveryKey()
+void PresetTest::takesOnlyWhatIsValid()
 {
     const QJsonObject other = otherProfile();
-    QCOMPARE(other.size(), 25);
     const QJsonObject start = Preset::atStart().toJson();
     QCOMPARE(start.keys(), other.keys());
     for (const QString &key : other.keys())
         QVERIFY2(start.value(key) != other.value(key), qPrintable(key));
 
-    Preset preset = Preset::atStart();
-    preset.apply(other);
-    QCOMPARE(preset.toJson(), other);
-    preset.apply(start);
-    QCOMPARE(preset.toJson(), start);
-    QCOMPARE(start.value(QStringLiteral("compassArrowColor")).toString(), QStringLiteral("#ff0000"));
-}
-
-void PresetTest::emptyProfileClearsOnlyItsFour_data()
-{
-    QTest::addColumn<QJsonObject>("profile");
-    QTest::newRow("empty") << QJsonObject();
+    // A missing key, one of another type, a corner and a colour that are none, and a key that nobody knows.
     QJsonObject wrongTypes;
-    QJsonObject unknownWords{{QStringLiteral("extra"), 1}};
-    const QJsonObject other = otherProfile();
+    QJsonObject noWords{{QStringLiteral("extra"), 1}};
     for (const QString &key : other.keys()) {
         wrongTypes.insert(key, QJsonArray());
-        if (key.endsWith(QStringLiteral("Position")))
-            unknownWords.insert(key, QStringLiteral("Arriba-Izquierda"));
+        if (key.endsWith(QStringLiteral("Position")) || key.endsWith(QStringLiteral("Color")))
+            noWords.insert(key, QStringLiteral("Arriba-Izquierda"));
     }
-    QTest::newRow("wrong types") << wrongTypes;
-    QTest::newRow("unknown key and corners") << unknownWords;
-}
-
-void PresetTest::emptyProfileClearsOnlyItsFour()
-{
-    QFETCH(QJsonObject, profile);
-    Preset preset;
-    preset.apply(otherProfile());
-    preset.apply(profile);
-
-    QJsonObject expected = otherProfile();
-    expected.insert(QStringLiteral("logoPath"), QString());
-    expected.insert(QStringLiteral("fontPath"), QString());
-    expected.insert(QStringLiteral("compassStyle"), 0);
-    expected.insert(QStringLiteral("compassArrowColor"), QStringLiteral("#ff0000"));
-    QCOMPARE(preset.toJson(), expected);
-}
-
-void PresetTest::bringsRatiosIntoRange_data()
-{
-    QTest::addColumn<double>("value");
-    for (const double value : {5.0, -5.0, 0.0, 0.03, 0.12345, 0.123449999, 0.125, 0.29999, 1e300})
-        QTest::addRow("%g", value) << value;
-    QTest::newRow("infinite") << qInf();
-    QTest::newRow("no number") << qQNaN();
+    QJsonObject kept = other;
+    kept.insert(QStringLiteral("logoPath"), QString());
+    kept.insert(QStringLiteral("fontPath"), QString());
+    kept.insert(QStringLiteral("compassStyle"), 0);
+    kept.insert(QStringLiteral("compassArrowColor"), QStringLiteral("#ff0000"));
+    for (const QJsonObject &profile : {QJsonObject(), wrongTypes, noWords}) {
+        Preset preset = Preset::atStart();
+        preset.apply(other);
+        QCOMPARE(preset.toJson(), other);
+        preset.apply(profile);
+        QCOMPARE(preset.toJson(), kept);
+    }
 }
 
 void PresetTest::bringsRatiosIntoRange()
 {
-    QFETCH(double, value);
-    for (const RatioRange &range : {fontSizeRange, logoSizeRange, compassSizeRange}) {
-        QDoubleSpinBox box;
-        box.setDecimals(range.decimals);
-        box.setRange(range.minimum, range.maximum);
-        box.setValue(value);
-        QCOMPARE(range.accept(value), box.value());
+    for (const double value : {5.0, -5.0, 0.0, 0.03, 0.12345, 0.123449999, 0.125, 0.29999, 1e300, qInf(), qQNaN()}) {
+        for (const RatioRange &range : {fontSizeRange, logoSizeRange, compassSizeRange}) {
+            QDoubleSpinBox box;
+            box.setDecimals(range.decimals);
+            box.setRange(range.minimum, range.maximum);
+            box.setValue(value);
+            QCOMPARE(range.accept(value), box.value());
+        }
     }
-    if (!qIsFinite(value))
-        return;
     Preset preset;
-    preset.apply({{QStringLiteral("fontSizeRatio"), value},
-                  {QStringLiteral("logoRatio"), value},
-                  {QStringLiteral("compassRatio"), value}});
-    QCOMPARE(preset.fontSizeRatio, fontSizeRange.accept(value));
-    QCOMPARE(preset.logoRatio, logoSizeRange.accept(value));
-    QCOMPARE(preset.compassRatio, compassSizeRange.accept(value));
+    preset.apply({{QStringLiteral("fontSizeRatio"), 5}, {QStringLiteral("logoRatio"), 5}, {QStringLiteral("compassRatio"), 5}});
+    QCOMPARE(QList<double>({preset.fontSizeRatio, preset.logoRatio, preset.compassRatio}),
+             QList<double>({0.2, 0.3, 0.5}));
 }
 
-void PresetTest::fillsOptions()
+void PresetTest::fillsTheOptionsOfARun()
 {
-    Preset preset;
-    preset.apply(otherProfile());
-    ProcessOptions options;
-    preset.fill(options, true);
-    QCOMPARE(options.logoPath, QStringLiteral("/l.png"));
-    QCOMPARE(options.fontPath, QStringLiteral("/f.ttf"));
-    QCOMPARE(options.fontSizeRatio, 0.05);
-    QCOMPARE(options.logoRatio, 0.1);
-    QCOMPARE(options.compassRatio, 0.25);
-    QCOMPARE(options.fontColor, QColor(Qt::yellow));
-    QCOMPARE(options.compassArrowColor, QColor(0, 255, 127));
-    QCOMPARE(options.compassStyle, 3);
-    QCOMPARE(options.prefix, QStringLiteral("P%1_"));
-    QVERIFY(options.usePrefix && options.rotateCompass && options.drawGeo);
-    QVERIFY(!options.renamePhotos && !options.drawData && !options.drawOrientation && !options.drawTime &&
-            !options.addCompass && !options.bgText && !options.drawAltitude);
-    const QStringList corners{options.logoPosition,        options.dtPosition,      options.coordsPosition,
-                              options.orientationPosition, options.compassPosition, options.altitudePosition};
-    QCOMPARE(corners, QStringList({Corner::BottomRight, Corner::TopLeft, Corner::TopRight, Corner::BottomLeft,
-                                   Corner::TopRight, Corner::TopLeft}));
-
-    preset.fill(options, false);
-    QVERIFY(options.logoPath.isEmpty());
-    QCOMPARE(options.logoRatio, 0.0);
-    preset.logoPath.clear();
-    preset.fill(options, true);
-    QCOMPARE(options.logoRatio, 0.0);
+    RunRequest request;
+    request.preset.apply(otherProfile());
+    request.run.txtPath = QStringLiteral("/t.csv");
+    request.run.createBackup = true;
+    // What the switches let through: logo, its size, coordinates file, backup copies.
+    const auto through = [&request](bool logo, bool useExif, bool output) {
+        request.drawLogo = logo;
+        request.run.useExif = useExif;
+        request.run.useOutputFolder = output;
+        const ProcessOptions options = request.options();
+        return QStringLiteral("%1 %2 %3 %4")
+            .arg(options.logoPath, QString::number(options.logoRatio), options.txtPath)
+            .arg(options.createBackup);
+    };
+    QCOMPARE(through(true, false, false), QStringLiteral("/l.png 0.1 /t.csv 1"));
+    QCOMPARE(through(false, true, true), QStringLiteral(" 0  0"));
+    request.preset.logoPath.clear();
+    QCOMPARE(through(true, true, false), QStringLiteral(" 0  1"));
+    const ProcessOptions options = request.options();
+    QVERIFY(options.fontColor == QColor(Qt::yellow) && options.compassArrowColor == QColor(0, 255, 127));
+    QVERIFY(options.prefix == QLatin1String("P%1_") && options.altitudePosition == Corner::TopLeft);
 }
 
 void PresetTest::readsProfileFiles()

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "files/safewrite.h"
 
-#include "photofiles.h"
 #include "support/fulldisk.h"
+#include "support/photofiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>

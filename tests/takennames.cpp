@@ -2,7 +2,7 @@
 #include "files/takennames.h"
 
 #include "files/folderidentity.h"
-#include "photofiles.h"
+#include "support/photofiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>

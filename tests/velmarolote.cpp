@@ -13,6 +13,8 @@
 
 #ifdef Q_OS_LINUX
 #include <linux/capability.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #endif
 
@@ -33,6 +35,20 @@ void bindToPermissions(QProcess &process)
     });
 }
 
+// Lets `process` see the folder `what` at the place `where` too. Without leave to do so it ends with 77.
+void bindFolder([[maybe_unused]] QProcess &process, [[maybe_unused]] const QString &what,
+                [[maybe_unused]] const QString &where)
+{
+#ifdef Q_OS_LINUX
+    process.setChildProcessModifier([what = QFile::encodeName(what), where = QFile::encodeName(where)] {
+        if (unshare(geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0 ||
+            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount(what.constData(), where.constData(), nullptr, MS_BIND, nullptr) != 0)
+            _exit(77);
+    });
+#endif
+}
+
 } // namespace
 
 /// The program velmaro-lote, run as a process.
@@ -47,7 +63,10 @@ private slots:
     void informs();
     void startsWithTheWindowsDefaults();
     void takesProfileAndOptions();
+    void keepsTheOriginalQuality();
     void tellsWhatWasLeft();
+    void goesOnWithoutListeners();
+    void knowsMountedFolders();
     void leavesReadOnlyPhotosWhole_data();
     void leavesReadOnlyPhotosWhole();
     void stampsCopiesOfReadOnlyPhotos();
@@ -212,14 +231,93 @@ void VelmaroLoteTest::takesProfileAndOptions()
     QVERIFY(QImage(unnamed).pixelColor(750, 50).lightness() < 10);
 }
 
+// A JPEG keeps its tables, another format says that it could not.
+void VelmaroLoteTest::keepsTheOriginalQuality()
+{
+    const QString jpeg = photos() + QStringLiteral("/a.jpg");
+    writePhoto(jpeg, plainImage({800, 600}), gpsTags());
+    writePhoto(photos() + QStringLiteral("/b.png"), plainImage({800, 600}));
+    const auto tablesOf = [](const QByteArray &file) {
+        return file.mid(file.lastIndexOf("\xff\xdb") - 69, 138);
+    };
+    const QByteArray tables = tablesOf(bytesOf(jpeg));
+    QCOMPARE(run({photos(), QStringLiteral("--calidad"), QStringLiteral("original")}), 0);
+    const QString result = photos() + QStringLiteral("/19G 345093 6297582.jpg");
+    QCOMPARE(tablesOf(bytesOf(result)), tables);
+    QVERIFY(QImage(result).pixelColor(780, 580) !=
+            plainImage({1, 1}).pixelColor(0, 0)); // the box of the text
+    const QString line = QStringLiteral("No se pudo dejar intacto lo que rodea al sello en ");
+    QVERIFY(m_output.contains(line + QStringLiteral("19J 500000 6000000.jpg: se guarda con calidad 100.")));
+    QCOMPARE(m_output.count(line), 1);
+}
+
 void VelmaroLoteTest::tellsWhatWasLeft()
 {
+    QDir(photos()).mkpath(QStringLiteral("sub"));
     writePhoto(photos() + QStringLiteral("/a.jpg"), plainImage({16, 16}));
-    writeText(photos() + QStringLiteral("/b.jpg"), "no image");
-    QCOMPARE(run({photos(), QStringLiteral("--sin-respaldo")}), 1);
-    QVERIFY2(m_errors.contains(QLatin1String("1 de 2 fotos")), qPrintable(m_errors));
-    QVERIFY(m_errors.contains(QLatin1String("Progreso: 1/2")));
-    QVERIFY(!QDir(photos()).exists(QStringLiteral("Backup")));
+    writeText(photos() + QStringLiteral("/sub/b.jpg"), "no image");
+    QFile::copy(photos() + QStringLiteral("/a.jpg"), path("c"));
+    const QByteArray unreadable = QFile::encodeName(photos()) + QByteArray("/\xf1.jpg");
+    QCOMPARE(rename(QFile::encodeName(path("c")).constData(), unreadable.constData()), 0);
+    writeText(photos() + QStringLiteral("/Backup"), "no folder");
+    QCOMPARE(run({photos(), QStringLiteral("--subcarpetas")}), 1);
+    const QString now = photos() + QStringLiteral("/sub/19J 500000 6000000.jpg");
+    QCOMPARE(m_errors.section(u'\n', 1),
+             QStringLiteral("Se pasó por alto, porque su nombre no es UTF-8: %1/\ufffd.jpg\n"
+                            "Sin terminar: %1/sub/b.jpg (ahora %2): Error al abrir la imagen: %2\n"
+                            "No se pudo guardar la copia original de 2 fotos.\n"
+                            "Quedaron sin terminar 1 de 2 fotos.\n")
+                 .arg(photos(), now));
+    QVERIFY2(m_errors.startsWith(QLatin1String("Progreso: 1/2\n")), qPrintable(m_errors));
+}
+
+// Neither a reader of the log who goes away nor closed streams stop a run, or get into its files.
+void VelmaroLoteTest::goesOnWithoutListeners()
+{
+    constexpr int count = 30;
+    for (const char *way : {"| head -1", ">&-", "2>&- >&- <&-", "2>&1 | true", "> /dev/full"}) {
+        for (int i = 0; i < count; ++i)
+            writePhoto(photos() + QStringLiteral("/%1.jpg").arg(i), plainImage({64, 48}), gpsTags());
+        QProcess shell;
+        shell.start(
+            QStringLiteral("bash"),
+            {QStringLiteral("-c"), QStringLiteral("'%1' '%2' --sin-respaldo %3; exit ${PIPESTATUS[0]}")
+                                       .arg(QStringLiteral(VELMARO_LOTE), photos(), QLatin1String(way))});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), QByteArray(way) == "> /dev/full" ? 1 : 0);
+        const QStringList found = QDir(photos()).entryList(QDir::Files);
+        QCOMPARE(found.size(), count);
+        for (const QString &name : found) {
+            const QByteArray contents = bytesOf(photos() + u'/' + name);
+            QVERIFY2(name.startsWith(QLatin1String("19G")), way);
+            QVERIFY2(contents.startsWith("\xff\xd8") && contents.endsWith("\xff\xd9"), way);
+        }
+        QDir(photos()).removeRecursively();
+        QDir().mkpath(photos());
+    }
+}
+
+// The folder of the photos, or one below, mounted at another place.
+void VelmaroLoteTest::knowsMountedFolders()
+{
+    QDir().mkpath(photos() + QStringLiteral("/sub"));
+    QDir().mkpath(path("salida"));
+    const QStringList originals{QStringLiteral("/a.jpg"), QStringLiteral("/sub/a.jpg")};
+    for (const QString &name : originals)
+        writePhoto(photos() + name, plainImage({static_cast<int>(name.size()) * 8, 16}), gpsTags());
+    const QByteArrayList before{bytesOf(photos() + originals[0]), bytesOf(photos() + originals[1])};
+    for (const QString &mounted : originals) {
+        QProcess process;
+        bindFolder(process, QFileInfo(photos() + mounted).path(), path("salida"));
+        start(process, {photos(), QStringLiteral("--salida"), path("salida"), QStringLiteral("--subcarpetas"),
+                        QStringLiteral("--sin-renombrar")});
+        QVERIFY(process.waitForFinished());
+        if (process.exitCode() == 77)
+            QSKIP("mounting is not allowed here");
+        QCOMPARE(process.exitCode(), 1);
+        QCOMPARE(QByteArrayList({bytesOf(photos() + originals[0]), bytesOf(photos() + originals[1])}),
+                 before);
+    }
 }
 
 void VelmaroLoteTest::leavesReadOnlyPhotosWhole_data()

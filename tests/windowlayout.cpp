@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/windowdriver.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDoubleSpinBox>
+#include <QScreen>
 #include <QScrollArea>
 #include <QTabWidget>
 #include <QTest>
 #include <QWheelEvent>
 
+/// What the window looks like and how a keyboard gets around in it.
 class WindowLayoutTest : public QObject
 {
     Q_OBJECT
@@ -17,22 +20,24 @@ public:
     static void initMain() { WindowDriver::prepareProcess(); }
 
 private slots:
-    void fitsWithALargeFont();
+    void fitsIntoScreens();
+    void namesItsTabStops();
     void wheelPassesUnfocusedFields();
 };
 
-// The panel never scrolls sideways: no tab may be wider than it.
-void WindowLayoutTest::fitsWithALargeFont()
+// The panel never scrolls sideways, and at the window's own size not up and down either; no button is cut off.
+void WindowLayoutTest::fitsIntoScreens()
 {
-    const QFont before = QApplication::font();
-    QFont large = before;
+    const QFont usual = QApplication::font();
+    QFont large = usual;
     large.setPixelSize(17);
-    QApplication::setFont(large);
-    {
+    for (const auto &[font, size] : {std::pair{usual, QSize(1280, 779)}, {large, QSize(1024, 700)}}) {
+        QApplication::setFont(font);
         const WindowDriver driver;
-        driver.window->show();
-        driver.window->resize(1024, 700);
-        driver.find<QAbstractButton>("txtRadio")->setChecked(true);
+        QVERIFY(driver.window->screen()->availableGeometry().contains(driver.window->geometry()));
+        driver.window->showNormal();
+        driver.window->resize(size);
+        driver.check("txtRadio", true);
         auto *tabs = driver.find<QTabWidget>("tabs");
         for (int index = 0; index < tabs->count(); ++index) {
             tabs->setCurrentIndex(index);
@@ -40,21 +45,43 @@ void WindowLayoutTest::fitsWithALargeFont()
             const auto *area = qobject_cast<QScrollArea *>(tabs->widget(index));
             QVERIFY2(area->widget()->minimumSizeHint().width() <= area->viewport()->width(),
                      qPrintable(tabs->tabText(index)));
+            QVERIFY2(font == large || area->widget()->height() <= area->viewport()->height(),
+                     qPrintable(tabs->tabText(index)));
             for (const QCheckBox *check : area->findChildren<QCheckBox *>())
                 QVERIFY2(check->isHidden() || check->height() >= check->heightForWidth(check->width()),
                          qPrintable(check->text()));
         }
-        QCOMPARE(driver.window->size(), QSize(1024, 700));
+        QCOMPARE(driver.window->size(), size);
         const auto *panel = driver.find<QWidget>("controlPanel");
         QVERIFY(panel->rect().contains(driver.find<QWidget>("startButton")->geometry()));
     }
-    QApplication::setFont(before);
+    QApplication::setFont(usual);
+    // The smallest screen that is expected: 1280 × 800 at a scale of 1.5, below a title bar.
+    const QSize smallest = WindowDriver().window->minimumSizeHint();
+    QVERIFY(smallest.width() <= 853 && smallest.height() <= 500);
+}
+
+void WindowLayoutTest::namesItsTabStops()
+{
+    const WindowDriver driver;
+    QStringList names;
+    QStringList stops;
+    for (QWidget *widget = driver.window->nextInFocusChain(); widget != driver.window.get();
+         widget = widget->nextInFocusChain()) {
+        if (!(widget->focusPolicy() & Qt::TabFocus) || widget->focusProxy())
+            continue;
+        stops.append(widget->objectName());
+        names.append(QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name));
+        QVERIFY2(!names.constLast().isEmpty() || widget->objectName() == QLatin1String("qt_tabwidget_tabbar"),
+                 qPrintable(stops.constLast()));
+    }
+    QCOMPARE(names.removeDuplicates(), 0);
+    QCOMPARE(stops.join(u' '), QStringLiteral(""));
 }
 
 void WindowLayoutTest::wheelPassesUnfocusedFields()
 {
     const WindowDriver driver;
-    driver.window->show();
     driver.find<QTabWidget>("tabs")->setCurrentIndex(1);
     auto *spin = driver.find<QDoubleSpinBox>("fontSizeSpin");
     const auto turnWheel = [spin] {

@@ -7,9 +7,8 @@
 #include <QProgressBar>
 #include <QProgressDialog>
 #include <QTextEdit>
-#include <QThreadPool>
+#include <QThread>
 #include <QTimer>
-#include <QtConcurrentRun>
 
 #include <utility>
 
@@ -19,22 +18,10 @@ namespace
 // The log of a large batch comes at its end; laying out more lines than these in one go would be felt.
 constexpr qsizetype linesAtOnce = 500;
 
-// Gives the thread of a job that only waits back to the global pool, which Qt's own painting and scaling on
-// the GUI thread need: on a machine with one core the pool has no other.
-class ReleasedPoolThread
-{
-public:
-    ReleasedPoolThread() { QThreadPool::globalInstance()->releaseThread(); }
-    ~ReleasedPoolThread() { QThreadPool::globalInstance()->reserveThread(); }
-
-private:
-    Q_DISABLE_COPY_MOVE(ReleasedPoolThread)
-};
-
 } // namespace
 
 BackgroundJob::BackgroundJob(const QString &label, QTextEdit *logView, QWidget *window)
-    : QFutureWatcher<void>(window)
+    : QObject(window)
     , m_logView(logView)
     , m_dialog(new QProgressDialog(label, QStringLiteral("Cancelar"), 0, 0, window))
     , m_bar(new QProgressBar(m_dialog))
@@ -44,15 +31,14 @@ BackgroundJob::BackgroundJob(const QString &label, QTextEdit *logView, QWidget *
     m_bar->setRange(0, 0);
     m_dialog->setBar(m_bar);
     m_dialog->show();
-    connect(this, &QFutureWatcherBase::finished, this, &BackgroundJob::conclude);
+    connect(m_dialog, &QProgressDialog::canceled, this, &BackgroundJob::tellWhenUnseen);
 }
 
 BackgroundJob::~BackgroundJob()
 {
-    try {
-        waitForFinished();
-    } catch (...) { // what the job threw; its end counts, however it came
-    }
+    m_stopRequested = true;
+    if (m_thread)
+        m_thread->wait();
 }
 
 QProgressDialog *BackgroundJob::dialog() const
@@ -63,11 +49,17 @@ QProgressDialog *BackgroundJob::dialog() const
 void BackgroundJob::start(const Work &work, const std::function<void()> &whenDone)
 {
     m_whenDone = whenDone;
-    setFuture(QtConcurrent::run([this, work] {
-        const ReleasedPoolThread released;
-        work([this](const QString &line) { log(line); },
-             [this](int done, int total) { progress(done, total); });
-    }));
+    m_thread = QThread::create([this, work] {
+        try {
+            work([this](const QString &line) { log(line); },
+                 [this](int done, int total) { progress(done, total); },
+                 [this] { return m_stopRequested.load(); });
+        } catch (...) { // its end counts, however it came
+        }
+    });
+    m_thread->setParent(this);
+    connect(m_thread, &QThread::finished, this, &BackgroundJob::conclude);
+    m_thread->start();
 }
 
 void BackgroundJob::log(const QString &line)
@@ -129,6 +121,19 @@ void BackgroundJob::showProgress(const Progress &progress)
     if (m_bar->maximum() == 0)
         m_bar->setRange(0, progress.total);
     m_bar->setValue(progress.done);
+    tellWhenUnseen();
+}
+
+void BackgroundJob::tellWhenUnseen()
+{
+    if (!m_dialog || !m_dialog->wasCanceled())
+        return;
+    Progress known;
+    {
+        const QMutexLocker locker(&m_mutex);
+        known = m_progress.value_or(Progress());
+    }
+    emit goesOnUnseen(known.done, known.total);
 }
 
 void BackgroundJob::conclude()
@@ -138,6 +143,7 @@ void BackgroundJob::conclude()
         return;
     }
     if (m_dialog) {
+        m_dialog->disconnect(this); // closing it counts as cancelling
         m_dialog->close();
         m_dialog->deleteLater();
         m_dialog = nullptr;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/formbuilding.h"
 
+#include "app/ratiospinbox.h"
 #include "app/wrappingcheckbox.h"
 
 #include <QComboBox>
-#include <QDoubleSpinBox>
 #include <QEvent>
 #include <QFormLayout>
 #include <QLabel>
@@ -34,6 +34,23 @@ public:
     }
 };
 
+// Asks for the whole height of its content. The base class stops at some lines, and keeps what it asked for
+// when the content grows.
+class FormArea : public QScrollArea
+{
+public:
+    using QScrollArea::QScrollArea;
+
+    QSize sizeHint() const override { return widget()->sizeHint(); }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::LayoutRequest)
+            updateGeometry();
+        return QScrollArea::eventFilter(watched, event);
+    }
+};
+
 void guardFromWheel(QWidget *widget)
 {
     widget->setFocusPolicy(Qt::StrongFocus);
@@ -52,14 +69,16 @@ Widget *named(Widget *widget, const char *name)
 namespace FormBuilding
 {
 
-QLineEdit *lineEdit(QWidget *parent, const char *name)
+PathEdit *lineEdit(QWidget *parent, const char *name, PathEdit::Takes takes)
 {
-    return named(new QLineEdit(parent), name);
+    return named(new PathEdit(takes, parent), name);
 }
 
-QPushButton *button(QWidget *parent, const char *name, const QString &text)
+QPushButton *button(QWidget *parent, const char *name, const QString &text, const QString &purpose)
 {
-    return named(new QPushButton(text, parent), name);
+    QPushButton *push = named(new QPushButton(text, parent), name);
+    push->setAccessibleName(purpose);
+    return push;
 }
 
 QCheckBox *checkBox(QWidget *parent, const char *name, const QString &text, const QString &toolTip)
@@ -84,7 +103,8 @@ QComboBox *cornerCombo(QWidget *parent, const char *name)
 
 QDoubleSpinBox *ratioSpin(QWidget *parent, const char *name, const RatioRange &range, const QString &toolTip)
 {
-    QDoubleSpinBox *spin = named(new QDoubleSpinBox(parent), name);
+    QDoubleSpinBox *spin = named(new RatioSpinBox(parent), name);
+    spin->findChild<QLineEdit *>()->setAcceptDrops(false); // a file dropped there is no number
     spin->setDecimals(range.decimals);
     spin->setRange(range.minimum, range.maximum);
     spin->setSingleStep(range.step);
@@ -104,6 +124,7 @@ QLabel *swatch(QWidget *parent, const char *name)
 QHBoxLayout *fieldRow(QWidget *first, QPushButton *button)
 {
     auto *row = new QHBoxLayout;
+    row->setSpacing(5);
     row->addWidget(first);
     row->addWidget(button);
     return row;
@@ -124,8 +145,9 @@ void addFieldRow(QFormLayout *form, const QString &label, QWidget *first, QPushB
 
 QScrollArea *scrollable(QWidget *content)
 {
-    auto *area = new QScrollArea(content->parentWidget());
+    auto *area = new FormArea(content->parentWidget());
     area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus); // the widgets in it have it, and bring themselves into view
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidgetResizable(true);
     area->setWidget(content);

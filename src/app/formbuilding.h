@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/pathedit.h"
 #include "data/preset.h"
 
 #include <QString>
@@ -12,7 +13,6 @@ class QDoubleSpinBox;
 class QFormLayout;
 class QHBoxLayout;
 class QLabel;
-class QLineEdit;
 class QPushButton;
 class QScrollArea;
 class QWidget;
@@ -21,8 +21,10 @@ class QWidget;
 /// name.
 namespace FormBuilding
 {
-QLineEdit *lineEdit(QWidget *parent, const char *name);
-QPushButton *button(QWidget *parent, const char *name, const QString &text);
+PathEdit *lineEdit(QWidget *parent, const char *name, PathEdit::Takes takes);
+
+/// `purpose` tells those who cannot see what stands around the button, which others share its text with.
+QPushButton *button(QWidget *parent, const char *name, const QString &text, const QString &purpose = {});
 
 /// Text that is too long for the form goes on in further lines.
 QCheckBox *checkBox(QWidget *parent, const char *name, const QString &text, const QString &toolTip = {});

@@ -1,23 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/processoptions.h"
-#include "data/preset.h"
+#include "app/photobrowser.h"
+#include "data/coordinatescache.h"
+#include "data/elevationaccess.h"
+#include "data/runrequest.h"
+#include "processing/photoprocessor.h"
 
 #include <QColor>
 #include <QMainWindow>
 #include <QPixmap>
 #include <QPointer>
-#include <QStringList>
+#include <QTimer>
 
-class QAbstractButton;
+class BackgroundJob;
+class PathEdit;
 class QButtonGroup;
 class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
 class QGroupBox;
 class QLabel;
-class QLineEdit;
 class QMenu;
 class QProgressDialog;
 class QPushButton;
@@ -32,13 +35,21 @@ class PhotoRenamerGUI : public QMainWindow
     Q_OBJECT
 
 public:
-    PhotoRenamerGUI();
+    /// `access` says where the elevation services are.
+    explicit PhotoRenamerGUI(const ElevationAccess &access = elevationAccess());
 
-    /// Waits for a job that is still running: photos are never left in the middle.
+    /// Breaks off a job that is still running, and waits for its end: photos are never left in the middle.
     ~PhotoRenamerGUI() override;
 
+    /// The run that the widgets ask for.
+    RunRequest currentRequest() const;
+
 protected:
+    bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private slots:
     void selectDirectory();
@@ -81,11 +92,14 @@ private:
     QGroupBox *buildPreviewGroup(QWidget *parent);
     void buildMenus();
     void buildProfileMenu(QMenu *menu);
+    void buildStatusBar();
+    void fitIntoScreen();
     void applyStartValues();
 
     // The wiring.
     void connectWidgets();
     void connectButtons();
+    void connectDrops();
     void connectEnableRules();
     void connectPreview();
     void applyEnableRules();
@@ -93,38 +107,46 @@ private:
     // The state of the widgets as one value, and back.
     Preset presetFromWidgets() const;
     void applyPreset(const Preset &preset);
-    ProcessOptions currentOptions() const;
+    void chooseLogo(const QString &path);
+    void chooseFont(const QString &path);
     void setLogoPath(const QString &path);
     void setFontPath(const QString &path);
     void setFontColor(const QString &name);
     void setArrowColor(const QColor &color);
 
-    void startBatch();
-    void onBatchFinished();
+    void startBatch(const RunRequest &request);
+    void onBatchFinished(const PhotoProcessor::Summary &summary);
     void onAltitudesFilled();
-    void writeSampleFile(const QString &path);
+    void writeSample(const QString &path);
+    void choosePreset();
     void showError(const QString &message);
     void appendLog(const QString &line);
+    void tell(const QString &message, const QString &details = {});
+    void disableKeepingFocus(QWidget *widget, QWidget *refuge);
 
-    void showPhoto(const QString &path);
+    void listPhotos();
+    void listTypedPhotos();
+    void showPhoto();
     void updateNavigation();
+    void drawPreview();
+    void showCaption(const QString &caption);
     void showPreviewMessage(const QString &message);
     void showScaledPreview();
     void rescalePreview();
 
-    QLineEdit *directoryEdit = nullptr;
+    PathEdit *directoryEdit = nullptr;
     QPushButton *selectDirButton = nullptr;
     QCheckBox *subdirsCheck = nullptr;
-    QLineEdit *logoEdit = nullptr;
+    PathEdit *logoEdit = nullptr;
     QPushButton *selectLogoButton = nullptr;
-    QLineEdit *fontEdit = nullptr;
+    PathEdit *fontEdit = nullptr;
     QPushButton *selectFontButton = nullptr;
 
     QRadioButton *exifRadio = nullptr;
     QRadioButton *txtRadio = nullptr;
     QButtonGroup *modeGroup = nullptr;
     QGroupBox *txtGroup = nullptr;
-    QLineEdit *txtPathEdit = nullptr;
+    PathEdit *txtPathEdit = nullptr;
     QPushButton *selectTxtButton = nullptr;
     QPushButton *createSampleButton = nullptr;
     QPushButton *populateAltitudeButton = nullptr;
@@ -133,9 +155,9 @@ private:
     QCheckBox *embedCsvCheck = nullptr;
     QCheckBox *renameCheck = nullptr;
     QCheckBox *prefixCheck = nullptr;
-    QLineEdit *prefixEdit = nullptr;
+    PathEdit *prefixEdit = nullptr;
     QCheckBox *outputFolderCheck = nullptr;
-    QLineEdit *outputFolderEdit = nullptr;
+    PathEdit *outputFolderEdit = nullptr;
     QPushButton *selectOutputButton = nullptr;
     QCheckBox *backupCheck = nullptr;
 
@@ -177,19 +199,28 @@ private:
     QPushButton *loadPresetButton = nullptr;
     QPushButton *savePresetButton = nullptr;
 
+    QLabel *photoCaption = nullptr; ///< in the status bar: the photo in the preview
+
+    QPointer<BackgroundJob> batch;            ///< null when none runs
     QPointer<QProgressDialog> progressDialog; ///< of the running batch
+    bool closeAfterBatch = false;
 
     QString fontPathValue; ///< full path; `fontEdit` shows the file name alone
     QString logoPathValue; ///< full path; `logoEdit` shows the file name alone
     QString fontColorName = QStringLiteral("#FFFFFF");
     QColor arrowColor = Qt::red;
 
-    QString currentPreviewPath;
-    QPixmap previewPixmap; ///< the last good preview, at full size
-    QStringList imageFiles;
-    int previewIndex = -1;
-    bool applyingPreset = false; ///< the preview waits until all of a profile is applied
+    PhotoBrowser browser;
+    QTimer typingTimer{this}; ///< runs while a path is being typed that takes long to list
+    bool directoryTyped = false;
+    QPixmap previewPixmap;    ///< the last good preview, at full size
+    QTimer previewTimer{this};      ///< runs while changes come that take long to draw
+    qint64 previewTook = 0;   ///< milliseconds, the last time
+    bool holdPreview = false; ///< the preview waits until several changes are made
+    CoordinatesCache coordinates;
 
+    bool presetShown = false; ///< the profile list has just applied its choice
+    const ElevationAccess access;
     QString altitudeProvider;
     QString googleApiKey;
     int jpegQuality = 90;

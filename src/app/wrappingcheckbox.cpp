@@ -17,6 +17,14 @@ WrappingCheckBox::WrappingCheckBox(const QString &text, QWidget *parent)
     setSizePolicy(policy);
 }
 
+// Styles leave room around the text that a column of boxes does not need.
+QSize WrappingCheckBox::sizeHint() const
+{
+    const QSize styled = QCheckBox::sizeHint();
+    const int box = style()->pixelMetric(QStyle::PM_IndicatorHeight, nullptr, this);
+    return {styled.width(), std::min(styled.height(), std::max(fontMetrics().height(), box) + 2)};
+}
+
 QSize WrappingCheckBox::minimumSizeHint() const
 {
     int longestWord = 0;

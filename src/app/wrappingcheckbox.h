@@ -11,6 +11,7 @@ class WrappingCheckBox : public QCheckBox
 public:
     WrappingCheckBox(const QString &text, QWidget *parent);
 
+    QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
     bool hasHeightForWidth() const override;
     int heightForWidth(int width) const override;

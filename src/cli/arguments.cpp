@@ -2,12 +2,11 @@
 #include "cli/arguments.h"
 
 #include "data/preset.h"
+#include "data/runrequest.h"
 #include "data/settings.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QDir>
-#include <QFileInfo>
 
 #include <limits>
 #include <optional>
@@ -33,10 +32,12 @@ constexpr OptionRow optionRows[] = {
     {"sin-respaldo", nullptr, "No guarda copia de las fotos originales."},
     {"sin-incrustar", nullptr, "No incrusta los datos del archivo de coordenadas en el EXIF."},
     {"prefijo", "TEXTO", "Agrega el prefijo al nombre."},
-    {"calidad", "N", "Calidad JPEG, 1 a 100 (sin ella, la de la configuración)."},
+    {"calidad", "N",
+     "Calidad JPEG, 1 a 100 (sin ella, la de la configuración), u «original»: sin pérdida fuera del sello."},
     {"hilos", "N", "Hilos de trabajo (sin ella, los del equipo)."},
 };
 
+const QString noFolder = QStringLiteral("Seleccione un directorio de fotos válido.");
 const QString helpOption = QStringLiteral("help");
 const QString versionOption = QStringLiteral("version");
 
@@ -62,33 +63,8 @@ std::optional<int> wholeNumber(const QString &text, int lowest, int highest)
     return ok && number >= lowest && number <= highest ? std::optional(number) : std::nullopt;
 }
 
-bool isFile(const QString &path)
-{
-    return QFileInfo(path).isFile();
-}
-
-bool isFolder(const QString &path)
-{
-    return !path.isEmpty() && QDir(path).exists();
-}
-
-// The refusals of the window, in its order; empty when there is none.
-QString refusalOf(const BatchRequest &request)
-{
-    const ProcessOptions &options = request.options;
-    if (!isFolder(request.directory))
-        return QStringLiteral("Seleccione un directorio de fotos válido.");
-    if (!options.logoPath.isEmpty() && !isFile(options.logoPath))
-        return QStringLiteral("Seleccione un archivo de logo válido.");
-    if (!options.useExif && !isFile(options.txtPath))
-        return QStringLiteral("Seleccione un archivo txt válido (o cambie el modo a EXIF).");
-    if (options.useOutputFolder && !isFolder(options.outputFolder))
-        return QStringLiteral("Seleccione una carpeta de salida válida.");
-    return {};
-}
-
-// The options of a run from those of the command line and, below them, the profile.
-ProcessOptions optionsFrom(const QCommandLineParser &parser, Preset preset)
+// The run that the command line asks for on top of the profile.
+RunRequest requestFrom(const QCommandLineParser &parser, const Preset &profile)
 {
     const auto isSet = [&parser](const char *name) {
         return parser.isSet(QString::fromLatin1(name));
@@ -97,26 +73,27 @@ ProcessOptions optionsFrom(const QCommandLineParser &parser, Preset preset)
         return parser.value(QString::fromLatin1(name));
     };
 
+    RunRequest request;
+    request.directory = parser.positionalArguments().constFirst();
+    request.preset = profile;
     if (isSet("logo"))
-        preset.logoPath = value("logo");
+        request.preset.logoPath = value("logo");
     if (isSet("sin-renombrar"))
-        preset.renamePhotos = false;
+        request.preset.renamePhotos = false;
     if (isSet("prefijo")) {
-        preset.usePrefix = true;
-        preset.prefix = value("prefijo");
+        request.preset.usePrefix = true;
+        request.preset.prefix = value("prefijo");
     }
-
-    ProcessOptions options;
-    preset.fill(options, !isSet("sin-logo"));
-    options.useExif = !isSet("coordenadas");
-    options.txtPath = value("coordenadas");
-    options.includeSubfolders = isSet("subcarpetas");
-    options.embedCsvInExif = !isSet("sin-incrustar");
-    options.useOutputFolder = isSet("salida");
-    options.outputFolder = value("salida");
-    options.createBackup = !isSet("sin-respaldo") && !options.useOutputFolder;
-    options.jpegQuality = Settings::load().jpegQuality;
-    return options;
+    request.drawLogo = !isSet("sin-logo") && !request.preset.logoPath.isEmpty();
+    request.run.useExif = !isSet("coordenadas");
+    request.run.txtPath = value("coordenadas");
+    request.run.includeSubfolders = isSet("subcarpetas");
+    request.run.embedCsvInExif = !isSet("sin-incrustar");
+    request.run.useOutputFolder = isSet("salida");
+    request.run.outputFolder = value("salida");
+    request.run.createBackup = !isSet("sin-respaldo");
+    request.run.jpegQuality = Settings::load().jpegQuality;
+    return request;
 }
 
 } // namespace
@@ -143,21 +120,26 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
         preset.apply(*profile);
     }
 
-    BatchRequest request{parser.positionalArguments().constFirst(), optionsFrom(parser, preset), 0};
-    if (parser.isSet(QStringLiteral("calidad"))) {
-        const std::optional<int> quality = wholeNumber(parser.value(QStringLiteral("calidad")), 1, 100);
+    RunRequest request = requestFrom(parser, preset);
+    int threads = 0;
+    const QString qualityText = parser.value(QStringLiteral("calidad"));
+    request.run.lossless = qualityText == QLatin1String("original");
+    if (parser.isSet(QStringLiteral("calidad")) && !request.run.lossless) {
+        const std::optional<int> quality = wholeNumber(qualityText, 1, 100);
         if (!quality)
-            return Refusal{QStringLiteral("La calidad debe ser un número entero de 1 a 100.")};
-        request.options.jpegQuality = *quality;
+            return Refusal{QStringLiteral("La calidad debe ser un número entero de 1 a 100, u «original».")};
+        request.run.jpegQuality = *quality;
     }
     if (parser.isSet(QStringLiteral("hilos"))) {
-        const std::optional<int> threads =
+        const std::optional<int> number =
             wholeNumber(parser.value(QStringLiteral("hilos")), 1, std::numeric_limits<int>::max());
-        if (!threads)
+        if (!number)
             return Refusal{QStringLiteral("Los hilos deben ser un número entero de 1 en adelante.")};
-        request.threads = *threads;
+        threads = *number;
     }
-    if (const QString reason = refusalOf(request); !reason.isEmpty())
+    // An empty argument names no folder, not even the current one.
+    const QString reason = request.directory.isEmpty() ? noFolder : request.refusal();
+    if (!reason.isEmpty())
         return Refusal{reason};
-    return request;
+    return BatchRequest{request.directory, request.options(), threads};
 }

@@ -38,8 +38,8 @@ void Console::log(const QString &line)
     clearBar();
     const int error = put(STDOUT_FILENO, line + QLatin1Char('\n'));
     m_logClosed = error != 0;
-    // Who closes the log has read what he wanted of it.
-    if (error != 0 && error != EPIPE) {
+    // Who closes the log, or gives none, has what he wants of it.
+    if (error != 0 && error != EPIPE && error != EBADF) {
         m_logError = systemReason(error);
         put(STDERR_FILENO,
             QStringLiteral("No se pudo escribir el registro: ") + m_logError + QLatin1Char('\n'));

@@ -2,29 +2,33 @@
 #include "data/altitudefill.h"
 
 #include "data/elevationservice.h"
+#include "data/networkerror.h"
 #include "data/settings.h"
 #include "data/textlines.h"
 #include "files/safewrite.h"
 #include "render/geodesy.h"
 
 #include <QBuffer>
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QLocale>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QStringList>
-#include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <thread>
 
 namespace
 {
 
 enum Column { Name, Zone, Letter, Easting, Northing };
 
+constexpr std::chrono::milliseconds stopInterval{50};
 constexpr qsizetype positionColumns = Northing + 1;
 
 QString fixedText(double value, int decimals)
@@ -37,12 +41,13 @@ class AltitudeFill
 {
 public:
     AltitudeFill(const QString &provider, const QString &apiKey, bool overwrite, const LogCallback &log,
-                 const ElevationAccess &access)
+                 const ElevationAccess &access, const StopRequest &stopRequested)
         : m_provider(provider)
         , m_apiKey(apiKey)
         , m_overwrite(overwrite)
         , m_log(log)
         , m_access(access)
+        , m_stopRequested(stopRequested)
     {
     }
 
@@ -58,6 +63,9 @@ private:
     std::optional<UtmPosition> linePosition(qsizetype index, const QStringList &columns) const;
     QString locationText(const UtmPosition &position, const QString &letter) const;
     std::optional<double> request(const QUrl &url);
+    bool mustStop() const { return m_stopRequested && m_stopRequested(); }
+    void waitFor(const QNetworkReply &reply) const;
+    void pause() const;
     void store(qsizetype index, double altitude);
 
     qsizetype rowCount() const { return m_text.lines.size() - 1; }
@@ -67,6 +75,7 @@ private:
     const bool m_overwrite;
     const LogCallback &m_log;
     const ElevationAccess m_access;
+    const StopRequest &m_stopRequested;
     QNetworkAccessManager m_network;
     FileStamp m_stamp; ///< of the file as it was read
     TextLines m_text;
@@ -120,7 +129,7 @@ bool AltitudeFill::fill(const ProgressCallback &progress)
     };
     report(0);
     for (qsizetype index = 1; index <= rowCount(); ++index) {
-        if (fillLine(index) == Outcome::Abort)
+        if (fillLine(index) == Outcome::Abort || mustStop())
             return false;
         report(index);
     }
@@ -209,10 +218,9 @@ std::optional<double> AltitudeFill::request(const QUrl &url)
 {
     m_log(QStringLiteral("DEBUG: URL de petición: ") + url.toString(QUrl::FullyEncoded));
     const std::unique_ptr<QNetworkReply> reply(m_network.get(QNetworkRequest(url)));
-    QEventLoop loop;
-    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    waitFor(*reply);
     if (!reply->isFinished())
-        loop.exec();
+        return std::nullopt;
 
     ElevationAnswer answer;
     if (reply->error() == QNetworkReply::NoError) {
@@ -221,12 +229,33 @@ std::optional<double> AltitudeFill::request(const QUrl &url)
         m_log(QStringLiteral("DEBUG: JSON recibido: ") + QString::fromUtf8(body));
         answer = parseElevationAnswer(m_provider, body);
     } else {
-        answer.message = QStringLiteral("Error de red: ") + reply->errorString();
+        answer.message = QStringLiteral("Error de red: ") + networkErrorText(*reply);
     }
     if (!answer.message.isEmpty())
         m_log(answer.message);
-    QThread::msleep(static_cast<unsigned long>(m_access.pause.count()));
+    pause();
     return answer.altitude;
+}
+
+// The services may take as long as they like, the end of the program may not.
+void AltitudeFill::waitFor(const QNetworkReply &reply) const
+{
+    QEventLoop loop;
+    QObject::connect(&reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    QTimer lookAtStop;
+    QObject::connect(&lookAtStop, &QTimer::timeout, &loop, [this, &loop] {
+        if (mustStop())
+            loop.quit();
+    });
+    lookAtStop.start(stopInterval);
+    if (!reply.isFinished())
+        loop.exec();
+}
+
+void AltitudeFill::pause() const
+{
+    for (const QDeadlineTimer end(m_access.pause); !end.hasExpired() && !mustStop();)
+        std::this_thread::sleep_for(std::min(stopInterval, std::chrono::milliseconds(end.remainingTime())));
 }
 
 void AltitudeFill::store(qsizetype index, double altitude)
@@ -270,9 +299,9 @@ void AltitudeFill::save(const QString &path)
 
 void fillAltitudesFromApi(const QString &csvPath, const QString &provider, const QString &apiKey,
                           bool overwrite, const LogCallback &log, const ProgressCallback &progress,
-                          const ElevationAccess &access)
+                          const ElevationAccess &access, const StopRequest &stopRequested)
 {
-    AltitudeFill job(provider, apiKey, overwrite, log, access);
+    AltitudeFill job(provider, apiKey, overwrite, log, access, stopRequested);
     if (job.read(csvPath) && job.fill(progress))
         job.save(csvPath);
 }

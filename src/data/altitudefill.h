@@ -16,7 +16,9 @@
 ///
 /// Everything that happens goes to `log`, which must be callable, the addresses with the key included.
 /// `progress`, which may be empty, gets (0, rows), then one call per row. Without a file that can be read and
-/// written, or a key for Google, nothing is written.
+/// written, or a key for Google, nothing is written; nor once `stopRequested`, which may be empty and is
+/// asked between the rows and while the thread waits, says yes.
 void fillAltitudesFromApi(const QString &csvPath, const QString &provider, const QString &apiKey,
                           bool overwrite, const LogCallback &log, const ProgressCallback &progress,
-                          const ElevationAccess &access = elevationAccess());
+                          const ElevationAccess &access = elevationAccess(),
+                          const StopRequest &stopRequested = {});

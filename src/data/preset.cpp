@@ -80,13 +80,26 @@ struct ArrowColor {
     QJsonValue stored(const Preset &preset) const { return (preset.*member).name(); }
     void take(Preset &preset, const QJsonValue &value) const
     {
-        preset.*member = QColor::fromString(value.toString(QStringLiteral("#FF0000")));
+        const QColor color = QColor::fromString(value.toString());
+        preset.*member = color.isValid() ? color : QColor(Qt::red);
+    }
+};
+
+// The window puts it into a style sheet as it stands.
+struct ColorName {
+    QString Preset::*member;
+
+    QJsonValue stored(const Preset &preset) const { return preset.*member; }
+    void take(Preset &preset, const QJsonValue &value) const
+    {
+        if (const QString name = value.toString(); QColor::isValidColorName(name))
+            preset.*member = name;
     }
 };
 
 struct Row {
     QLatin1String key;
-    std::variant<Path, Text, CornerName, Ratio, Flag, Style, ArrowColor> field;
+    std::variant<Path, Text, CornerName, Ratio, Flag, Style, ArrowColor, ColorName> field;
 };
 
 constexpr std::array<Row, 25> rows{{
@@ -112,7 +125,7 @@ constexpr std::array<Row, 25> rows{{
     {QLatin1String("addCompass"), Flag{&Preset::addCompass}},
     {QLatin1String("bgText"), Flag{&Preset::bgText}},
     {QLatin1String("drawGeo"), Flag{&Preset::drawGeo}},
-    {QLatin1String("fontColor"), Text{&Preset::fontColor}},
+    {QLatin1String("fontColor"), ColorName{&Preset::fontColor}},
     {QLatin1String("drawAltitude"), Flag{&Preset::drawAltitude}},
     {QLatin1String("altitudePosition"), CornerName{&Preset::altitudePosition}},
 }};
@@ -124,6 +137,21 @@ double RatioRange::accept(double value) const
     if (std::isnan(value))
         return maximum; // as a spin box
     return std::clamp(QString::number(value, 'f', decimals).toDouble(), minimum, maximum);
+}
+
+Preset::Preset()
+{
+    fontSizeRatio = 0.03;
+    logoRatio = 0.2;
+    logoPosition = Corner::TopLeft;
+    dtPosition = coordsPosition = orientationPosition = altitudePosition = Corner::BottomRight;
+    compassRatio = 0.18;
+    compassPosition = Corner::BottomLeft;
+    compassStyle = 2;
+    compassArrowColor = Qt::red;
+    prefix = QStringLiteral("XXX_XXX_SA_");
+    renamePhotos = drawData = drawOrientation = drawTime = drawAltitude = addCompass = bgText = true;
+    fontColor = QStringLiteral("#FFFFFF");
 }
 
 Preset Preset::atStart()
@@ -146,35 +174,6 @@ void Preset::apply(const QJsonObject &profile)
 {
     for (const Row &row : rows)
         std::visit([&](const auto &field) { field.take(*this, profile.value(row.key)); }, row.field);
-}
-
-void Preset::fill(ProcessOptions &options, bool drawLogo) const
-{
-    options.logoPath = drawLogo ? logoPath : QString();
-    options.fontPath = fontPath;
-    options.fontSizeRatio = fontSizeRatio;
-    options.fontColor = QColor::fromString(fontColor);
-    options.logoRatio = options.logoPath.isEmpty() ? 0.0 : logoRatio;
-    options.logoPosition = logoPosition;
-    options.dtPosition = dtPosition;
-    options.coordsPosition = coordsPosition;
-    options.orientationPosition = orientationPosition;
-    options.compassRatio = compassRatio;
-    options.renamePhotos = renamePhotos;
-    options.usePrefix = usePrefix;
-    options.prefix = prefix;
-    options.addCompass = addCompass;
-    options.drawOrientation = drawOrientation;
-    options.drawTime = drawTime;
-    options.drawData = drawData;
-    options.drawGeo = drawGeo;
-    options.bgText = bgText;
-    options.compassPosition = compassPosition;
-    options.rotateCompass = rotateCompass;
-    options.compassStyle = compassStyle;
-    options.compassArrowColor = compassArrowColor;
-    options.drawAltitude = drawAltitude;
-    options.altitudePosition = altitudePosition;
 }
 
 QString defaultFontPath()

@@ -25,36 +25,13 @@ inline constexpr RatioRange fontSizeRange{0.001, 0.2, 0.001, 4};
 inline constexpr RatioRange logoSizeRange{0.01, 0.3, 0.01, 2};
 inline constexpr RatioRange compassSizeRange{0.05, 0.5, 0.01, 2};
 
-/// The look of the overlay and the renaming choices: what a profile stores. A new one holds the values with
-/// which the window starts.
-struct Preset {
-    QString logoPath;
-    QString fontPath; ///< the window starts with `defaultFontPath()`
-    double fontSizeRatio = 0.03;
-    double logoRatio = 0.2;
-    CornerPosition logoPosition = Corner::TopLeft;
-    CornerPosition dtPosition = Corner::BottomRight;
-    CornerPosition coordsPosition = Corner::BottomRight;
-    CornerPosition orientationPosition = Corner::BottomRight;
-    double compassRatio = 0.18;
-    CornerPosition compassPosition = Corner::BottomLeft;
-    int compassStyle = 2;
-    QColor compassArrowColor{Qt::red};
-    bool rotateCompass = false;
-    bool usePrefix = false;
-    QString prefix = QStringLiteral("XXX_XXX_SA_");
-    bool renamePhotos = true;
-    bool drawData = true;
-    bool drawOrientation = true;
-    bool drawTime = true;
-    bool addCompass = true;
-    bool bgText = true;
-    bool drawGeo = false;
-    QString fontColor = QStringLiteral("#FFFFFF"); ///< a colour name, kept as it was read
-    bool drawAltitude = true;
-    CornerPosition altitudePosition = Corner::BottomRight;
+/// What a profile stores. A new one holds the values with which the window starts, but for the font.
+struct Preset : StampOptions {
+    Preset();
 
-    /// The preset with which window and command line start: the values above, and the default font.
+    QString fontColor; ///< a colour name, kept as it was read
+
+    /// The preset with which window and command line start: the default font included.
     static Preset atStart();
 
     /// The values as a profile stores them.
@@ -62,12 +39,9 @@ struct Preset {
 
     /// Takes the values of a profile. A key that is missing or of the wrong type clears a path, sets the
     /// style to 0 or the arrow colour to red, and leaves every other value as it is; so does a corner keyword
-    /// that is none. Ratios are brought into their ranges. Unknown keys are ignored.
+    /// that is none, and a colour that is none. Ratios are brought into their ranges. Unknown keys are
+    /// ignored.
     void apply(const QJsonObject &profile);
-
-    /// Copies the values into the options of a run. The logo only with `drawLogo`; without a logo path its
-    /// ratio is 0.
-    void fill(ProcessOptions &options, bool drawLogo) const;
 };
 
 /// "notosans.ttf" in the directory of the executable; whether it exists is not checked.

@@ -33,34 +33,10 @@ QString sampleLine(const SampleRow &row)
 
 } // namespace
 
-SampleFile::SampleFile(const QString &path)
-    : m_file(path)
+QByteArray sampleFileContents(const QList<SampleRow> &rows)
 {
-}
-
-bool SampleFile::open()
-{
-    // Not in text mode: the lines end with a line feed alone on every platform.
-    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    write(coordinatesHeader() + u'\n');
-    return true;
-}
-
-void SampleFile::append(const SampleRow &row)
-{
-    write(sampleLine(row));
-}
-
-bool SampleFile::close()
-{
-    m_complete = m_file.flush() && m_complete;
-    m_file.close();
-    return m_complete;
-}
-
-void SampleFile::write(const QString &text)
-{
-    const QByteArray bytes = text.toUtf8();
-    m_complete = m_file.write(bytes) == bytes.size() && m_complete;
+    QString text = coordinatesHeader() + u'\n';
+    for (const SampleRow &row : rows)
+        text += sampleLine(row);
+    return text.toUtf8();
 }

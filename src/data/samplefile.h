@@ -3,8 +3,9 @@
 
 #include "render/geodesy.h"
 
+#include <QByteArray>
 #include <QDateTime>
-#include <QFile>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -18,24 +19,5 @@ struct SampleRow {
     QDateTime dateTime;                ///< written in ISO 8601 form, as its clock shows it
 };
 
-/// A coordinates file in the making: its header, then one line per photo.
-class SampleFile
-{
-public:
-    explicit SampleFile(const QString &path);
-
-    /// Replaces what stands at the path by the header line. False when the file cannot be opened.
-    bool open();
-
-    /// Adds the line of a photo to the open file.
-    void append(const SampleRow &row);
-
-    /// Closes the file. False when some of it could not be written, as on a full disk.
-    bool close();
-
-private:
-    void write(const QString &text);
-
-    QFile m_file;
-    bool m_complete = true;
-};
+/// A coordinates file as UTF-8 text with line feeds: the header, then the line of each row.
+QByteArray sampleFileContents(const QList<SampleRow> &rows);

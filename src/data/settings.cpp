@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/settings.h"
 
+#include <QFile>
 #include <QSettings>
 
 namespace
@@ -13,11 +14,23 @@ const QString providerKey = QStringLiteral("altitude/provider");
 const QString apiKeyKey = QStringLiteral("altitude/apiKey");
 const QString jpegQualityKey = QStringLiteral("output/jpegQuality");
 
+// The key is nobody else's business, but the store makes its file readable by everyone. What it writes later
+// keeps the permissions.
+void closeToOthers(const QSettings &store)
+{
+    constexpr QFile::Permissions ownerAlone = QFile::ReadOwner | QFile::WriteOwner;
+    constexpr QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                          QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    if (QFile::permissions(store.fileName()).testAnyFlags(others))
+        QFile::setPermissions(store.fileName(), ownerAlone);
+}
+
 } // namespace
 
 Settings Settings::load()
 {
     const QSettings store(QSettings::NativeFormat, QSettings::UserScope, organisation, application);
+    closeToOthers(store);
     Settings settings;
     settings.altitudeProvider = store.value(providerKey, settings.altitudeProvider).toString();
     settings.googleApiKey = store.value(apiKeyKey, settings.googleApiKey).toString();
@@ -31,6 +44,8 @@ void Settings::save() const
 {
     QSettings store(QSettings::NativeFormat, QSettings::UserScope, organisation, application);
     store.setValue(providerKey, altitudeProvider);
-    store.setValue(apiKeyKey, googleApiKey);
     store.setValue(jpegQualityKey, jpegQuality);
+    store.sync();
+    closeToOthers(store); // before the key comes into it
+    store.setValue(apiKeyKey, googleApiKey);
 }

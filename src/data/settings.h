@@ -20,6 +20,6 @@ struct Settings {
     /// for a quality that is no number.
     static Settings load();
 
-    /// Writes all three values to the store.
+    /// Writes all three values to the store, in a file that only its owner can read.
     void save() const;
 };

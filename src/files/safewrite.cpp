@@ -56,17 +56,15 @@ bool FileReplacement::open(QString *error)
     if (!mayBeReplaced(m_path, error))
         return false;
     const bool newKind = !QFileInfo::exists(m_path);
-    if (!m_unfinished.open(folderOf(m_path), newKind, error))
-        return false;
     if (!newKind)
-        m_unfinished.carryFrom(m_path, Attributes::OfAReplacement);
-    return true;
+        m_attributesOf = m_path;
+    return m_unfinished.open(folderOf(m_path), newKind, error);
 }
 
 bool FileReplacement::commit(const QByteArray &contents, FileStamp *stamp, Durability durability,
                              QString *error)
 {
-    if (!m_unfinished.write(contents, durability, error))
+    if (!m_unfinished.write(contents, m_attributesOf, Attributes::OfAReplacement, durability, error))
         return false;
     if (stamp) {
         if (!stamp->isStill(m_path)) {

@@ -36,7 +36,8 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(FileReplacement)
 
-    const QString m_path; ///< links resolved
+    const QString m_path;   ///< links resolved
+    QString m_attributesOf; ///< empty for a new file
     UnfinishedFile m_unfinished;
 };
 

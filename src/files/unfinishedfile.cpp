@@ -30,12 +30,6 @@ bool UnfinishedFile::open(const QString &folder, bool newKind, QString *error)
     return false;
 }
 
-void UnfinishedFile::carryFrom(const QString &path, Attributes attributes)
-{
-    m_attributesFrom = path;
-    m_attributes = attributes;
-}
-
 // Writes in as many steps as it takes: the write that fills a disk up is only short, the next one has the
 // reason.
 bool UnfinishedFile::writeAll(const QByteArray &contents)
@@ -55,7 +49,8 @@ bool UnfinishedFile::writeAll(const QByteArray &contents)
     return true;
 }
 
-bool UnfinishedFile::write(const QByteArray &contents, Durability durability, QString *error)
+bool UnfinishedFile::write(const QByteArray &contents, const QString &attributesOf, Attributes attributes,
+                           Durability durability, QString *error)
 {
     const auto fail = [error] {
         *error = systemReason(errno);
@@ -63,8 +58,8 @@ bool UnfinishedFile::write(const QByteArray &contents, Durability durability, QS
     };
     if (!writeAll(contents))
         return fail();
-    if (!m_attributesFrom.isEmpty())
-        carryAttributes(m_attributesFrom, m_file, m_attributes); // last: writing itself changes some
+    if (!attributesOf.isEmpty())
+        carryAttributes(attributesOf, m_file, attributes); // last: writing itself changes some
     if (durability == Durability::OnReturn && ::fsync(m_file.number()) != 0)
         return fail();
     if (!m_file.close()) // a network file system may tell only now that it had no room

@@ -25,12 +25,10 @@ public:
     /// a `newKind`, with those that the system gives new files. False, with the reason in `error`.
     bool open(const QString &folder, bool newKind, QString *error);
 
-    /// Gives it the attributes of another file. Before `write`.
-    void carryFrom(const QString &path, Attributes attributes);
-
-    /// Writes the contents and closes the file. False, with the reason in `error`, unless every byte has
-    /// arrived.
-    bool write(const QByteArray &contents, Durability durability, QString *error);
+    /// Writes the contents, gives the file the attributes of the file `attributesOf` (empty: leaves it those
+    /// that it has), and closes it. False, with the reason in `error`, unless every byte has arrived.
+    bool write(const QByteArray &contents, const QString &attributesOf, Attributes attributes,
+               Durability durability, QString *error);
 
     const QString &path() const { return m_path; }
 
@@ -44,6 +42,4 @@ private:
 
     QString m_path;
     Descriptor m_file;
-    QString m_attributesFrom;
-    Attributes m_attributes = Attributes::OfACopy;
 };

@@ -127,7 +127,8 @@ QByteArray rawValue(const Exiv2::ExifData &exif, const char *name, Exiv2::ByteOr
     return value;
 }
 
-QByteArray encoded(const Exiv2::ExifData &exif, Exiv2::ByteOrder byteOrder)
+// The library changes its copy of the tags.
+QByteArray encoded(Exiv2::ExifData exif, Exiv2::ByteOrder byteOrder)
 {
     if (exif.empty())
         return {};

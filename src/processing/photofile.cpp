@@ -91,7 +91,6 @@ bool PhotoFile::copyToOutputFolder()
         return false;
     }
     m_path = QFileInfo(target).absoluteFilePath();
-    m_stamp = FileStamp::of(m_path);
     m_lines.append(QStringLiteral("Copiado a la carpeta de salida: ") + target);
     return true;
 }
@@ -115,24 +114,36 @@ bool PhotoFile::copyTo(const QString &target)
         m_trouble = QStringLiteral("no se pudo comprobar qué archivo está ya en su lugar");
         return false;
     }
-    if (!m_run.files.claim(target)) {
+    const bool claimed = m_run.files.claim(target);
+    if (!claimed && !m_options.renamePhotos) {
         m_trouble = QStringLiteral("el resultado de otra foto ya tiene ese nombre");
         return false;
     }
-    UnfinishedFile copy;
-    if (copy.open(folderOf(target), false, &m_trouble)) {
-        copy.carryFrom(m_sourcePath, Attributes::OfACopy);
-        if (copy.write(*m_contents, Durability::Later, &m_trouble) &&
-            (replaces ? FilePlacer::replace(copy.path(), target, &m_trouble)
-                      : m_run.files.placer().rename(copy.path(), target, &m_trouble) == Placing::Done)) {
-            copy.moved();
-            m_run.files.noLongerAwaited(m_sourcePath);
-            m_isAwaited = false;
-            return true;
-        }
+    auto copy = std::make_unique<UnfinishedFile>();
+    const bool written =
+        copy->open(folderOf(target), false, &m_trouble) &&
+        copy->write(*m_contents, m_sourcePath, Attributes::OfACopy, Durability::Later, &m_trouble);
+    const bool replacesFile = replaces && QFileInfo(target).isFile() && !QFileInfo(target).isSymLink();
+    if (written && (!claimed || (replacesFile && !m_options.renamePhotos)))
+        m_waiting = std::move(copy);
+    else if (!written || !placeCopy(*copy, target, replaces)) {
+        if (claimed)
+            m_run.files.becameFree(target);
+        return false;
     }
-    m_run.files.becameFree(target);
-    return false;
+    m_stamp = FileStamp::of(claimed ? target : m_waiting->path());
+    m_run.files.noLongerAwaited(m_sourcePath);
+    m_isAwaited = false;
+    return true;
+}
+
+bool PhotoFile::placeCopy(UnfinishedFile &copy, const QString &target, bool replaces)
+{
+    if (replaces ? !FilePlacer::replace(copy.path(), target, &m_trouble)
+                 : m_run.files.placer().rename(copy.path(), target, &m_trouble) != Placing::Done)
+        return false;
+    copy.moved();
+    return true;
 }
 
 void PhotoFile::backUp()
@@ -153,10 +164,8 @@ bool PhotoFile::writeBackup(const QString &folder, QString *name)
 {
     QString error;
     UnfinishedFile copy;
-    if (!m_contents || !makeFolder(folder, true) || !copy.open(folder, false, &error))
-        return false;
-    copy.carryFrom(m_sourcePath, Attributes::OfABackup);
-    if (!copy.write(*m_contents, Durability::OnReturn, &error))
+    if (!m_contents || !makeFolder(folder, true) || !copy.open(folder, false, &error) ||
+        !copy.write(*m_contents, m_sourcePath, Attributes::OfABackup, Durability::OnReturn, &error))
         return false;
     const QFileInfo photo(m_name);
     const auto nameOf = [&photo](int counter) {
@@ -184,7 +193,7 @@ bool PhotoFile::rename(const QString &utmName)
     std::optional<QString> newName;
     if (utmName.contains(QLatin1Char('/')))
         m_trouble = QStringLiteral("el prefijo no puede llevar a otra carpeta");
-    else if (m_stamp.isStill(m_path))
+    else if (m_stamp.isStill(placeOfFile()))
         newName = m_run.files.names().place(working.path(), nameOf,
                                             [this](const QString &path) { return placeRenamed(path); });
     else if (m_trouble.isEmpty())
@@ -193,7 +202,11 @@ bool PhotoFile::rename(const QString &utmName)
         m_lines.append(QStringLiteral("Error renombrando ") + working.fileName());
         return false;
     }
-    m_run.files.becameFree(m_path);
+    if (m_waiting)
+        m_waiting->moved();
+    else
+        m_run.files.becameFree(m_path);
+    m_waiting.reset();
     m_stamp.renewAfterRename();
     m_path = working.dir().filePath(*newName);
     m_lines.append(QStringLiteral("Renombrado: ") + working.fileName() + QStringLiteral(" a ") + *newName);
@@ -203,12 +216,12 @@ bool PhotoFile::rename(const QString &utmName)
 Placing PhotoFile::placeRenamed(const QString &path)
 {
     if (!m_options.useOutputFolder)
-        return m_run.files.placer().rename(m_path, path, &m_trouble);
+        return m_run.files.placer().rename(placeOfFile(), path, &m_trouble);
     // In the output folder every photo first arrives under its own name. That name must not be given to
     // another photo meanwhile.
     if (m_run.files.isAwaited(m_sourcePath, QFileInfo(path).fileName()) || !m_run.files.claim(path))
         return Placing::NameTaken;
-    const Placing placing = m_run.files.placer().rename(m_path, path, &m_trouble);
+    const Placing placing = m_run.files.placer().rename(placeOfFile(), path, &m_trouble);
     if (placing != Placing::Done)
         m_run.files.becameFree(path);
     return placing;
@@ -216,6 +229,7 @@ Placing PhotoFile::placeRenamed(const QString &path)
 
 bool PhotoFile::replace(const QByteArray &contents, QString *error)
 {
+    m_waiting.reset(); // and its room with it
     // In the output folder the original is never at risk: the whole folder is brought onto the disk at the
     // end.
     return replaceContents(m_path, contents, std::move(m_stamp),

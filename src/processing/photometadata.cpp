@@ -85,6 +85,17 @@ QByteArray keptSegments(const PhotoMetadata &metadata)
     return kept;
 }
 
+// What only segments or chunks of the photo's own format can hold, and nobody else understands.
+QStringList privateData(const PhotoMetadata &metadata)
+{
+    const QList<JpegSegment> &segments = metadata.segments.list();
+    const bool has = std::any_of(segments.begin(), segments.end(),
+                                 [](const JpegSegment &each) { return each.kind == Kind::Other; });
+    return has || metadata.chunks.hasPrivate()
+               ? QStringList(QStringLiteral("los datos propios de la cámara o del programa que la guardó"))
+               : QStringList();
+}
+
 // The blocks in segments, as far as these are large enough.
 QByteArray newSegments(MetadataBlocks blocks, QStringList *lost)
 {
@@ -101,13 +112,17 @@ QByteArray newSegments(MetadataBlocks blocks, QStringList *lost)
 
 QByteArray jpegWithMetadata(const QByteArray &picture, const PhotoMetadata &metadata, QStringList *lost)
 {
-    if (metadata.segments.list().isEmpty() || metadata.isFresh)
+    if (metadata.segments.list().isEmpty() || metadata.isFresh) {
+        *lost += privateData(metadata);
         return jpegWithSegments(picture, newSegments(metadata.blocks, lost), JpegDensity::OfPicture);
+    }
     return jpegWithSegments(picture, keptSegments(metadata), JpegDensity::OfSegments);
 }
 
-QByteArray pngWithMetadata(const QByteArray &picture, const PhotoMetadata &metadata)
+QByteArray pngWithMetadata(const QByteArray &picture, const PhotoMetadata &metadata, QStringList *lost)
 {
+    if (metadata.chunks.list().isEmpty() || metadata.isFresh)
+        *lost += privateData(metadata);
     if (metadata.chunks.list().isEmpty())
         return pngWithMetadata(picture, pngMetadataOf(metadata.blocks), PngDensity::OfPicture);
     const bool withProfile = !metadata.hasForeignProfile;
@@ -166,7 +181,7 @@ std::optional<PhotoContents> withMetadata(const QByteArray &picture, const Photo
     if (JpegSegments::isJpeg(picture))
         return PhotoContents{jpegWithMetadata(picture, metadata, &lost), lost};
     if (PngChunks::isPng(picture))
-        return PhotoContents{pngWithMetadata(picture, metadata), lost};
+        return PhotoContents{pngWithMetadata(picture, metadata, &lost), lost};
     const std::optional<QByteArray> tiff = tiffWithMetadata(picture, metadata.exif, metadata.blocks, error);
-    return tiff ? std::optional(PhotoContents{*tiff, lost}) : std::nullopt;
+    return tiff ? std::optional(PhotoContents{*tiff, lost + privateData(metadata)}) : std::nullopt;
 }

@@ -198,7 +198,8 @@ PhotoPipeline::Outcome PhotoPipeline::save(const StampedPicture &picture, const 
             contents = std::move(*complete);
     }
     QString writeError;
-    if (contents.bytes != m_source && !m_file.replace(contents.bytes, &writeError)) {
+    const bool isNew = contents.bytes != m_source || (picture.encoded && m_file.isWaiting());
+    if (isNew && !m_file.replace(contents.bytes, &writeError)) {
         imageError = imageError.isEmpty() ? writeError : imageError;
         metadataError = metadataError.isEmpty() ? writeError : metadataError;
     }

@@ -88,7 +88,7 @@ public:
             ++m_summary.notSaved;
             break;
         }
-        m_leftPhotos.insert(file.sourcePath(), {file.sourcePath(), file.path(), result.reason});
+        m_leftPhotos.insert(file.sourcePath(), {file.sourcePath(), file.nowAt(), result.reason});
     }
 
     PhotoProcessor::Summary summary() const
@@ -165,6 +165,16 @@ void PhotoProcessor::setThreadCount(int threads)
     m_threadCount = threads;
 }
 
+void PhotoProcessor::setCoordinatesTable(const CoordinatesTable &table)
+{
+    m_table = table;
+}
+
+void PhotoProcessor::setStopRequest(const StopRequest &stopRequested)
+{
+    m_stopRequested = stopRequested;
+}
+
 PhotoProcessor::Summary PhotoProcessor::summary() const
 {
     return m_summary;
@@ -182,7 +192,7 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
     const Logo logo(loadedLogo(m_options.logoPath, buffers, log));
     std::optional<CoordinatesTable> table;
     if (!m_options.useExif && !m_options.txtPath.isEmpty())
-        table = readCoordinatesFile(m_options.txtPath, log);
+        table = m_table ? *m_table : readCoordinatesFile(m_options.txtPath, log);
 
     QElapsedTimer timer;
     timer.start();
@@ -201,6 +211,8 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
 
     mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
               [&](const QString &path) {
+                  if (m_stopRequested && m_stopRequested())
+                      return;
                   const size_t slot = logSlots.take();
                   PhotoPipeline pipeline(run, path);
                   const PhotoResult result = processGuarded(pipeline);

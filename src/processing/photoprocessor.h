@@ -7,6 +7,8 @@
 
 #include <QObject>
 
+#include <optional>
+
 /// The engine: carries out a batch over one folder of photos.
 class PhotoProcessor : public QObject
 {
@@ -41,6 +43,14 @@ public:
     /// is the default.
     void setThreadCount(int threads);
 
+    /// The rows of the coordinates file, for whoever has them already; without them a run in that mode reads
+    /// the file.
+    void setCoordinatesTable(const CoordinatesTable &table);
+
+    /// Asked before each photo; once it says yes, no further photo is taken up, and the photos in hand are
+    /// finished.
+    void setStopRequest(const StopRequest &stopRequested);
+
     /// Runs the batch and returns when every photo is done. Never to be called from the GUI thread with more
     /// than one photo, which it would block. `directory` is the root of the run.
     ///
@@ -66,6 +76,8 @@ public:
 private:
     ProcessOptions m_options;
     int m_threadCount = 0;
+    std::optional<CoordinatesTable> m_table;
+    StopRequest m_stopRequested;
     Summary m_summary;
 };
 

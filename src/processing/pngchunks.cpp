@@ -209,6 +209,14 @@ bool PngChunks::contains(QByteArrayView type) const
                        [type](const PngChunk &each) { return each.type == type; });
 }
 
+bool PngChunks::hasPrivate() const
+{
+    return std::any_of(m_list.begin(), m_list.end(), [](const PngChunk &each) {
+        const bool isPublic = (each.type[1] & 0x20) == 0;
+        return !isPublic && staysTrue(each.type);
+    });
+}
+
 MetadataBlocks PngChunks::blocks() const
 {
     MetadataBlocks blocks;

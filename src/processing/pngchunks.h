@@ -31,6 +31,9 @@ public:
     const QList<PngChunk> &list() const { return m_list; }
     bool contains(QByteArrayView type) const;
 
+    /// Whether there are chunks that stay true when the pixels change, and that no standard knows.
+    bool hasPrivate() const;
+
     /// The offset behind the last chunk.
     qsizetype end() const { return m_end; }
 

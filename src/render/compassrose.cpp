@@ -2,6 +2,7 @@
 #include "render/compassrose.h"
 
 #include "core/numbers.h"
+#include "core/units.h"
 #include "render/fontregistry.h"
 #include "render/geodesy.h"
 
@@ -17,7 +18,6 @@ namespace
 {
 
 constexpr double radiansPerDegree = 0.017453292519943295;
-constexpr int dotsPerMeter96Dpi = 3780;
 
 struct Rose {
     QPainter &painter;
@@ -256,8 +256,8 @@ QImage drawCompassRose(int size, double orientation, double compassRatio, const 
     if (image.isNull())
         return image;
     image.fill(Qt::transparent);
-    image.setDotsPerMeterX(dotsPerMeter96Dpi);
-    image.setDotsPerMeterY(dotsPerMeter96Dpi);
+    image.setDotsPerMeterX(screenDotsPerMeter);
+    image.setDotsPerMeterY(screenDotsPerMeter);
     if (compassStyle < 0 || compassStyle >= static_cast<int>(styles.size()))
         return image;
 

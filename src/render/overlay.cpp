@@ -2,6 +2,7 @@
 #include "render/overlay.h"
 
 #include "core/numbers.h"
+#include "core/units.h"
 #include "render/compassrose.h"
 #include "render/fontregistry.h"
 #include "render/uprightimage.h"
@@ -16,7 +17,6 @@
 namespace
 {
 
-constexpr int dotsPerMeter96Dpi = 3780;
 constexpr int imageMargin = 10; // of logo and compass
 
 // Gives an image the density of 96 dpi and one device pixel per pixel while it is painted.
@@ -29,7 +29,7 @@ public:
         , m_dotsPerMeterY(image.dotsPerMeterY())
         , m_devicePixelRatio(image.devicePixelRatio())
     {
-        set(dotsPerMeter96Dpi, dotsPerMeter96Dpi, 1.0);
+        set(screenDotsPerMeter, screenDotsPerMeter, 1.0);
     }
     ~PaintDensity() { set(m_dotsPerMeterX, m_dotsPerMeterY, m_devicePixelRatio); }
 

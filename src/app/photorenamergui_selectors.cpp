@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/formbuilding.h"
+#include "app/pathedit.h"
 #include "app/photorenamergui.h"
 
 #include <QColorDialog>
+#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 
 void PhotoRenamerGUI::selectDirectory()
 {
@@ -22,10 +25,8 @@ void PhotoRenamerGUI::selectLogo()
     const QString path =
         QFileDialog::getOpenFileName(this, QStringLiteral("Seleccionar Logo"), QString(),
                                      QStringLiteral("Image Files (*.png *.jpg *.jpeg *.tiff)"));
-    if (path.isEmpty())
-        return;
-    setLogoPath(path);
-    updatePreview();
+    if (!path.isEmpty())
+        chooseLogo(path);
 }
 
 void PhotoRenamerGUI::selectFont()
@@ -33,10 +34,8 @@ void PhotoRenamerGUI::selectFont()
     const QString path =
         QFileDialog::getOpenFileName(this, QStringLiteral("Seleccionar Fuente"), QString(),
                                      QStringLiteral("Font Files (*.ttf *.otf);;All Files (*)"));
-    if (path.isEmpty())
-        return;
-    setFontPath(path);
-    updatePreview();
+    if (!path.isEmpty())
+        chooseFont(path);
 }
 
 void PhotoRenamerGUI::selectTxt()
@@ -82,6 +81,24 @@ void PhotoRenamerGUI::toggleMode()
     updatePreview();
 }
 
+void PhotoRenamerGUI::chooseLogo(const QString &path)
+{
+    {
+        const QScopedValueRollback<bool> guard(holdPreview, true); // the field would have it drawn as well
+        setLogoPath(path);
+    }
+    updatePreview();
+}
+
+void PhotoRenamerGUI::chooseFont(const QString &path)
+{
+    {
+        const QScopedValueRollback<bool> guard(holdPreview, true);
+        setFontPath(path);
+    }
+    updatePreview();
+}
+
 void PhotoRenamerGUI::setLogoPath(const QString &path)
 {
     logoPathValue = path;
@@ -104,4 +121,17 @@ void PhotoRenamerGUI::setArrowColor(const QColor &color)
 {
     arrowColor = color;
     arrowColorSwatch->setStyleSheet(FormBuilding::swatchStyle(color.name()));
+}
+
+// A folder may be dropped wherever no field of its own takes it.
+void PhotoRenamerGUI::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (QFileInfo(droppedPath(event->mimeData())).isDir())
+        event->acceptProposedAction();
+}
+
+void PhotoRenamerGUI::dropEvent(QDropEvent *event)
+{
+    directoryEdit->setText(droppedPath(event->mimeData()));
+    event->acceptProposedAction();
 }

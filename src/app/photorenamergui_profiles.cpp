@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/pathedit.h"
 #include "app/photorenamergui.h"
+#include "files/safewrite.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
-#include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QJsonDocument>
-#include <QLineEdit>
 #include <QScopedValueRollback>
+
+#include <utility>
 
 namespace
 {
@@ -28,14 +31,14 @@ void closeOpenMenus()
 void PhotoRenamerGUI::savePreset()
 {
     closeOpenMenus();
-    const QString path =
-        QFileDialog::getSaveFileName(this, tr("Guardar Perfil"), QString(), tr("Perfiles (*.json)"));
-    if (path.isEmpty())
+    QFileDialog dialog(this, tr("Guardar Perfil"), QString(), tr("Perfiles (*.json)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("json")); // which the filter wants when it is to be found again
+    if (dialog.exec() != QDialog::Accepted)
         return;
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(QJsonDocument(presetFromWidgets().toJson()).toJson(QJsonDocument::Indented));
-    file.close();
+    const QString path = dialog.selectedFiles().constFirst();
+    QString error; // which nobody is told
+    writeWhole(path, QJsonDocument(presetFromWidgets().toJson()).toJson(QJsonDocument::Indented), &error);
 
     const QString name = QFileInfo(path).baseName();
     const int index = presetCombo->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
@@ -54,6 +57,13 @@ void PhotoRenamerGUI::loadPreset()
         loadPresetFromCombo(path);
 }
 
+// The profile that is shown can be chosen again, although the text of the list does not change then.
+void PhotoRenamerGUI::choosePreset()
+{
+    if (!std::exchange(presetShown, false) && presetCombo->count() > 0)
+        loadPresetFromCombo(presetCombo->currentText());
+}
+
 void PhotoRenamerGUI::loadPresetFromCombo(const QString &name)
 {
     const int index = presetCombo->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
@@ -64,7 +74,7 @@ void PhotoRenamerGUI::loadPresetFromCombo(const QString &name)
     Preset preset = presetFromWidgets();
     preset.apply(*profile);
     {
-        const QScopedValueRollback<bool> guard(applyingPreset, true);
+        const QScopedValueRollback<bool> guard(holdPreview, true);
         applyPreset(preset);
     }
     updatePreview();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/pathedit.h"
 #include "app/photorenamergui.h"
 
 #include <QCheckBox>
@@ -11,11 +12,18 @@
 void PhotoRenamerGUI::connectWidgets()
 {
     connectButtons();
+    connectDrops();
     connectEnableRules();
     connectPreview();
     connect(savePresetButton, &QPushButton::clicked, this, &PhotoRenamerGUI::savePreset);
     connect(loadPresetButton, &QPushButton::clicked, this, &PhotoRenamerGUI::loadPreset);
     connect(presetCombo, &QComboBox::currentTextChanged, this, &PhotoRenamerGUI::loadPresetFromCombo);
+    // A choice of the user that changes the text is told twice in one go, one that does not, once.
+    connect(presetCombo, &QComboBox::currentTextChanged, this, [this] {
+        presetShown = true;
+        QTimer::singleShot(0, this, [this] { presetShown = false; });
+    });
+    connect(presetCombo, &QComboBox::activated, this, &PhotoRenamerGUI::choosePreset);
 }
 
 void PhotoRenamerGUI::connectButtons()
@@ -43,6 +51,14 @@ void PhotoRenamerGUI::connectButtons()
     connect(exifRadio, &QRadioButton::toggled, this, &PhotoRenamerGUI::toggleMode);
 }
 
+void PhotoRenamerGUI::connectDrops()
+{
+    connect(logoEdit, &PathEdit::dropped, this, &PhotoRenamerGUI::chooseLogo);
+    connect(fontEdit, &PathEdit::dropped, this, &PhotoRenamerGUI::chooseFont);
+    for (PathEdit *edit : {directoryEdit, txtPathEdit, outputFolderEdit})
+        connect(edit, &PathEdit::dropped, edit, &QLineEdit::setText);
+}
+
 void PhotoRenamerGUI::connectEnableRules()
 {
     connect(outputFolderCheck, &QCheckBox::toggled, this, [this](bool on) {
@@ -62,7 +78,11 @@ void PhotoRenamerGUI::connectEnableRules()
 
 void PhotoRenamerGUI::connectPreview()
 {
+    connect(directoryEdit, &QLineEdit::textEdited, this, [this] { directoryTyped = true; });
     connect(directoryEdit, &QLineEdit::textChanged, this, &PhotoRenamerGUI::onDirectoryChanged);
+    connect(directoryEdit, &QLineEdit::editingFinished, this, &PhotoRenamerGUI::listTypedPhotos);
+    connect(&typingTimer, &QTimer::timeout, this, &PhotoRenamerGUI::listPhotos);
+    connect(&previewTimer, &QTimer::timeout, this, &PhotoRenamerGUI::drawPreview);
     connect(subdirsCheck, &QCheckBox::toggled, this, &PhotoRenamerGUI::onDirectoryChanged);
 
     // Everything that changes the drawn image, but for the text colour, which refreshes by itself.

@@ -22,18 +22,18 @@ namespace
 QVBoxLayout *tabLayout(QWidget *tab)
 {
     auto *layout = new QVBoxLayout(tab);
-    layout->setContentsMargins(5, 5, 5, 5);
-    layout->setSpacing(5);
+    layout->setContentsMargins(3, 2, 3, 2);
+    layout->setSpacing(1);
     return layout;
 }
 
-// Groups stand close together, so that a tab fits into a small screen.
+// Groups and rows stand close together, so that the longest tab fits into a small screen.
 template <typename Layout>
 Layout *groupLayout(QWidget *group)
 {
     auto *layout = new Layout(group);
-    layout->setContentsMargins(8, 6, 8, 6);
-    layout->setSpacing(6);
+    layout->setContentsMargins(6, 1, 6, 2);
+    layout->setSpacing(2);
     return layout;
 }
 
@@ -44,8 +44,27 @@ QFormLayout *wrappingForm(QWidget *group = nullptr)
     form->setFormAlignment(Qt::AlignLeft | Qt::AlignTop);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    form->setHorizontalSpacing(5);
+    form->setVerticalSpacing(3);
     return form;
 }
+
+// Makes the labels of a form so wide that its fields begin where those of another form do, whose longest
+// label is `longest` and which stands `indent` pixels further to the left.
+void alignFields(const QFormLayout *form, const QString &longest, int indent)
+{
+    for (int row = 0; row < form->rowCount(); ++row) {
+        const QLayoutItem *label = form->itemAt(row, QFormLayout::LabelRole);
+        if (label && label->widget())
+            label->widget()->setMinimumWidth(label->widget()->fontMetrics().horizontalAdvance(longest) -
+                                             indent);
+    }
+}
+
+// To the labels of the group above the tabs.
+constexpr int tabIndent = 5;
+const QString longestTextLabel = QStringLiteral("Tamaño de Fuente (ratio):");
+const QString longestInputLabel = QStringLiteral("Fuente (opcional):");
 
 } // namespace
 
@@ -88,9 +107,11 @@ QGroupBox *PhotoRenamerGUI::buildCoordinatesGroup(QWidget *parent)
     auto *layout = groupLayout<QVBoxLayout>(txtGroup);
     QFormLayout *form = wrappingForm();
     layout->addLayout(form);
-    txtPathEdit = lineEdit(txtGroup, "txtPathEdit");
-    selectTxtButton = button(txtGroup, "selectTxtButton", QStringLiteral("Seleccionar"));
+    txtPathEdit = lineEdit(txtGroup, "txtPathEdit", PathEdit::Takes::File);
+    selectTxtButton = button(txtGroup, "selectTxtButton", QStringLiteral("Seleccionar"),
+                             QStringLiteral("Seleccionar archivo CSV"));
     addFieldRow(form, QStringLiteral("Ruta del archivo:"), txtPathEdit, selectTxtButton);
+    alignFields(form, longestInputLabel, tabIndent);
 
     createSampleButton = button(txtGroup, "createSampleButton", QStringLiteral("Crear archivo de ejemplo"));
     createSampleButton->setToolTip(
@@ -100,6 +121,7 @@ QGroupBox *PhotoRenamerGUI::buildCoordinatesGroup(QWidget *parent)
     populateAltitudeButton->setToolTip(QStringLiteral(
         "Consulta por Internet la altitud del terreno de cada línea y la escribe en el archivo."));
     auto *tools = new QHBoxLayout;
+    tools->setSpacing(5);
     tools->addWidget(createSampleButton);
     tools->addWidget(populateAltitudeButton);
     stackIfTooWide(tools);
@@ -128,10 +150,12 @@ QGroupBox *PhotoRenamerGUI::buildRenamingGroup(QWidget *parent)
                  QStringLiteral("El nuevo nombre de cada foto es su posición: zona, este y norte."));
     layout->addWidget(renameCheck);
     prefixCheck = checkBox(group, "prefixCheck", QStringLiteral("Agregar prefijo al nombre"));
-    prefixEdit = lineEdit(group, "prefixEdit");
+    prefixEdit = lineEdit(group, "prefixEdit", PathEdit::Takes::Nothing);
+    prefixEdit->setAccessibleName(QStringLiteral("Prefijo"));
     for (QWidget *widget : std::initializer_list<QWidget *>{prefixCheck, prefixEdit})
         widget->setToolTip(QStringLiteral("Texto que se antepone al nombre del archivo."));
     auto *row = new QHBoxLayout;
+    row->setSpacing(5);
     row->addWidget(prefixCheck);
     row->addWidget(prefixEdit, 1);
     layout->addLayout(row);
@@ -146,9 +170,11 @@ QGroupBox *PhotoRenamerGUI::buildOutputGroup(QWidget *parent)
                                  QStringLiteral("Guardar fotos modificadas en una carpeta separada"),
                                  QStringLiteral("Las fotos originales quedan como están."));
     layout->addWidget(outputFolderCheck);
-    outputFolderEdit = lineEdit(group, "outputFolderEdit");
+    outputFolderEdit = lineEdit(group, "outputFolderEdit", PathEdit::Takes::Folder);
+    outputFolderEdit->setAccessibleName(QStringLiteral("Carpeta de salida"));
     outputFolderEdit->setToolTip(QStringLiteral("Carpeta en la que se guardan las fotos modificadas."));
-    selectOutputButton = button(group, "selectOutputButton", QStringLiteral("Seleccionar"));
+    selectOutputButton = button(group, "selectOutputButton", QStringLiteral("Seleccionar"),
+                                QStringLiteral("Seleccionar carpeta de salida"));
     layout->addLayout(fieldRow(outputFolderEdit, selectOutputButton));
     backupCheck =
         checkBox(group, "backupCheck", QStringLiteral("Realizar copia de seguridad de las fotos originales"),
@@ -158,6 +184,9 @@ QGroupBox *PhotoRenamerGUI::buildOutputGroup(QWidget *parent)
         QStringLiteral("Nota: La copia de seguridad se ignora si se usa una carpeta de salida."), group);
     note->setStyleSheet(QStringLiteral("font-style: italic; color: grey;"));
     note->setWordWrap(true);
+    QFont noteFont = note->font();
+    noteFont.setPointSizeF(noteFont.pointSizeF() * 0.85);
+    note->setFont(noteFont);
     layout->addWidget(note);
     return group;
 }
@@ -192,9 +221,10 @@ QWidget *PhotoRenamerGUI::buildTextTab(QWidget *parent)
     fontSizeSpin = ratioSpin(group, "fontSizeSpin", fontSizeRange,
                              QStringLiteral("Alto de la letra en proporción al alto de la foto."));
     fontSizeSpin->setKeyboardTracking(false);
-    form->addRow(QStringLiteral("Tamaño de Fuente (ratio):"), fontSizeSpin);
+    form->addRow(longestTextLabel, fontSizeSpin);
     colorSwatch = swatch(group, "colorSwatch");
-    selectColorButton = button(group, "selectColorButton", QStringLiteral("Seleccionar Color"));
+    selectColorButton = button(group, "selectColorButton", QStringLiteral("Seleccionar Color"),
+                               QStringLiteral("Seleccionar color de fuente"));
     addFieldRow(form, QStringLiteral("Color de Fuente:"), colorSwatch, selectColorButton);
 
     const struct {
@@ -237,6 +267,7 @@ QWidget *PhotoRenamerGUI::buildLogoTab(QWidget *parent)
     logoSizeSpin = ratioSpin(group, "logoSizeSpin", logoSizeRange,
                              QStringLiteral("Ancho del logo en proporción al ancho de la foto."));
     form->addRow(QStringLiteral("Tamaño del Logo (ratio):"), logoSizeSpin);
+    alignFields(form, longestTextLabel, 0);
     return tab;
 }
 
@@ -253,20 +284,24 @@ QWidget *PhotoRenamerGUI::buildCompassTab(QWidget *parent)
 
     QFormLayout *form = wrappingForm(group);
     compassPositionCombo = cornerCombo(group, "compassPositionCombo");
+    compassPositionCombo->setAccessibleName(QStringLiteral("Posición de la rosa"));
     form->addRow(QStringLiteral("Posición:"), compassPositionCombo);
     compassSizeSpin = ratioSpin(group, "compassSizeSpin", compassSizeRange,
                                 QStringLiteral("Tamaño de la rosa en proporción al lado menor de la foto."));
+    compassSizeSpin->setAccessibleName(QStringLiteral("Tamaño de la rosa (ratio)"));
     form->addRow(QStringLiteral("Tamaño (ratio):"), compassSizeSpin);
     compassStyleCombo = comboBox(group, "compassStyleCombo",
                                  {QStringLiteral("Estilo Puntos"), QStringLiteral("Estilo Graduado"),
                                   QStringLiteral("Clásico"), QStringLiteral("Numerado")});
     form->addRow(QStringLiteral("Estilo:"), compassStyleCombo);
     arrowColorSwatch = swatch(group, "arrowColorSwatch");
-    selectArrowColorButton = button(group, "selectArrowColorButton", QStringLiteral("Seleccionar Color"));
+    selectArrowColorButton = button(group, "selectArrowColorButton", QStringLiteral("Seleccionar Color"),
+                                    QStringLiteral("Seleccionar color de flecha"));
     addFieldRow(form, QStringLiteral("Color de Flecha:"), arrowColorSwatch, selectArrowColorButton);
     rotateCompassCheck =
         checkBox(group, "rotateCompassCheck", QStringLiteral("Rotar rosa (flecha siempre apunta arriba)"),
                  QStringLiteral("Gira el dial según la orientación en lugar de girar la flecha."));
     form->addRow(QString(), rotateCompassCheck);
+    alignFields(form, longestInputLabel, tabIndent);
     return tab;
 }

@@ -12,6 +12,7 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStatusBar>
@@ -45,8 +46,33 @@ void PhotoRenamerGUI::buildUi()
     setCentralWidget(central);
 
     buildMenus();
-    statusBar()->addPermanentWidget(new QLabel(QStringLiteral("Velmaro " VELMARO_VERSION), statusBar()));
+    buildStatusBar();
+    setAcceptDrops(true);
     applyStartValues();
+    for (QTimer *timer : {&previewTimer, &typingTimer})
+        timer->setSingleShot(true);
+    previewTimer.setObjectName(QStringLiteral("previewTimer"));
+    previewTimer.setInterval(150);
+    typingTimer.setInterval(400);
+    fitIntoScreen();
+}
+
+void PhotoRenamerGUI::buildStatusBar()
+{
+    photoCaption = new QLabel(statusBar());
+    photoCaption->setObjectName(QStringLiteral("photoCaption"));
+    photoCaption->setTextFormat(Qt::PlainText);
+    statusBar()->addPermanentWidget(photoCaption);
+    statusBar()->addPermanentWidget(new QLabel(QStringLiteral("Velmaro " VELMARO_VERSION), statusBar()));
+}
+
+// A window that is larger than the screen has its buttons where no mouse gets.
+void PhotoRenamerGUI::fitIntoScreen()
+{
+    constexpr int titleBar = 30;
+    const QSize room = screen()->availableSize();
+    if (width() > room.width() || height() + titleBar > room.height())
+        setWindowState(Qt::WindowMaximized);
 }
 
 QWidget *PhotoRenamerGUI::buildControlPanel(QWidget *parent)
@@ -87,18 +113,22 @@ QGroupBox *PhotoRenamerGUI::buildInputGroup(QWidget *parent)
     form->setLabelAlignment(Qt::AlignRight);
 
     const QString select = QStringLiteral("Seleccionar");
-    directoryEdit = lineEdit(group, "directoryEdit");
-    selectDirButton = button(group, "selectDirButton", select);
+    directoryEdit = lineEdit(group, "directoryEdit", PathEdit::Takes::Folder);
+    selectDirButton =
+        button(group, "selectDirButton", select, QStringLiteral("Seleccionar carpeta de fotos"));
     addFieldRow(form, QStringLiteral("Carpeta de Fotos:"), directoryEdit, selectDirButton);
     subdirsCheck = checkBox(group, "subdirsCheck", QStringLiteral("Incluir subdirectorios"));
     form->addRow(QString(), subdirsCheck);
-    logoEdit = lineEdit(group, "logoEdit");
-    selectLogoButton = button(group, "selectLogoButton", select);
+    logoEdit = lineEdit(group, "logoEdit", PathEdit::Takes::File);
+    selectLogoButton = button(group, "selectLogoButton", select, QStringLiteral("Seleccionar logo"));
     addFieldRow(form, QStringLiteral("Logo (opcional):"), logoEdit, selectLogoButton);
-    fontEdit = lineEdit(group, "fontEdit");
-    selectFontButton = button(group, "selectFontButton", select);
+    fontEdit = lineEdit(group, "fontEdit", PathEdit::Takes::File);
+    selectFontButton = button(group, "selectFontButton", select, QStringLiteral("Seleccionar fuente"));
     addFieldRow(form, QStringLiteral("Fuente (opcional):"), fontEdit, selectFontButton);
 
+    // They show the name alone of a file that is chosen; what is typed there would lead nowhere.
+    for (QLineEdit *edit : {logoEdit, fontEdit})
+        edit->setReadOnly(true);
     subdirsCheck->setToolTip(QStringLiteral("Procesa también las fotos de las carpetas interiores."));
     logoEdit->setToolTip(QStringLiteral("Imagen que se dibuja en una esquina de cada foto."));
     fontEdit->setToolTip(QStringLiteral("Tipo de letra de los textos que se dibujan en las fotos."));
@@ -109,12 +139,16 @@ QGroupBox *PhotoRenamerGUI::buildLogGroup(QWidget *parent)
 {
     auto *group = new QGroupBox(QStringLiteral("Log de Procesos"), parent);
     auto *layout = new QVBoxLayout(group);
-    layout->setContentsMargins(5, 5, 5, 5);
+    layout->setContentsMargins(1, 0, 1, 1);
     logView = new QTextEdit(group);
     logView->setObjectName(QStringLiteral("logView"));
+    logView->setAccessibleName(group->title());
     logView->setReadOnly(true);
+    logView->setTabChangesFocus(true);
     logView->setUndoRedoEnabled(false);
-    logView->setMinimumHeight(logView->fontMetrics().lineSpacing() * 5);
+    // It takes what the tabs leave, and never less than three lines.
+    logView->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    logView->setMinimumHeight(logView->fontMetrics().lineSpacing() * 3 + 10);
     layout->addWidget(logView);
     return group;
 }
@@ -125,6 +159,8 @@ QGroupBox *PhotoRenamerGUI::buildPreviewGroup(QWidget *parent)
     group->setObjectName(QStringLiteral("previewGroup"));
     group->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     auto *layout = new QVBoxLayout(group);
+    layout->setContentsMargins(5, 5, 5, 5);
+    layout->setSpacing(5);
     previewLabel = new QLabel(
         QStringLiteral("Seleccione una carpeta con imágenes para activar la vista previa."), group);
     previewLabel->setObjectName(QStringLiteral("previewLabel"));
@@ -160,17 +196,24 @@ void PhotoRenamerGUI::buildProfileMenu(QMenu *menu)
     presetCombo = comboBox(menu, "presetCombo", {});
     presetCombo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     presetCombo->setMinimumContentsLength(20);
+    presetCombo->setAccessibleName(QStringLiteral("Perfil"));
     presetCombo->setToolTip(QStringLiteral("Perfiles guardados desde que se abrió el programa."));
-    loadPresetButton = button(menu, "loadPresetButton", QStringLiteral("Cargar"));
+    loadPresetButton =
+        button(menu, "loadPresetButton", QStringLiteral("Cargar"), QStringLiteral("Cargar perfil"));
     loadPresetButton->setToolTip(QStringLiteral("Abre un archivo de perfil y aplica sus opciones."));
-    savePresetButton = button(menu, "savePresetButton", QStringLiteral("Guardar"));
+    savePresetButton =
+        button(menu, "savePresetButton", QStringLiteral("Guardar"), QStringLiteral("Guardar perfil"));
     savePresetButton->setToolTip(QStringLiteral("Guarda las opciones actuales en un archivo de perfil."));
-    for (QWidget *widget :
-         std::initializer_list<QWidget *>{presetCombo, loadPresetButton, savePresetButton}) {
+    const auto add = [menu](QWidget *widget) {
         auto *action = new QWidgetAction(menu);
         action->setDefaultWidget(widget);
         menu->addAction(action);
-    }
+        return action;
+    };
+    // The menu takes the Enter key for itself: it triggers the entry.
+    connect(add(presetCombo), &QAction::triggered, this, &PhotoRenamerGUI::choosePreset);
+    for (QPushButton *push : {loadPresetButton, savePresetButton})
+        connect(add(push), &QAction::triggered, push, &QAbstractButton::click);
 }
 
 void PhotoRenamerGUI::applyStartValues()

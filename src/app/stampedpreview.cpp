@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/stampedpreview.h"
+
+#include "processing/photoprocessor.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QTemporaryDir>
+
+namespace
+{
+
+// A preview only draws: nothing about names, folders and metadata is done.
+void onlyDraw(ProcessOptions &options)
+{
+    options.renamePhotos = false;
+    options.usePrefix = false;
+    options.prefix.clear();
+    options.includeSubfolders = false;
+    options.embedCsvInExif = false;
+    options.createBackup = false;
+    options.useOutputFolder = false;
+    options.outputFolder.clear();
+}
+
+// Copies a photo to a path where the copy can be written to, although the photo may be read-only.
+bool copyWritable(const QString &path, const QString &copy)
+{
+    if (!QFile::copy(path, copy))
+        return false;
+    return QFile::setPermissions(copy, QFile::permissions(copy) | QFile::ReadOwner | QFile::WriteOwner);
+}
+
+// A photo as a viewer shows it, turned as its orientation tag says.
+QImage viewedPhoto(const QString &path)
+{
+    QImageReader reader(path);
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(true);
+    return reader.read();
+}
+
+} // namespace
+
+StampedPreview stampedPreview(const QString &photo, ProcessOptions options, CoordinatesCache &coordinates)
+{
+    const QTemporaryDir folder;
+    if (!folder.isValid())
+        return {{}, QStringLiteral("Error: No se pudo crear el directorio temporal para la vista previa.")};
+    const QString copy = folder.filePath(QFileInfo(photo).fileName());
+    if (!copyWritable(photo, copy))
+        return {{},
+                QStringLiteral("Error: No se pudo copiar la imagen de vista previa al directorio temporal.")};
+
+    PhotoProcessor processor;
+    if (!options.useExif && !options.txtPath.isEmpty())
+        processor.setCoordinatesTable(coordinates.table(options.txtPath));
+    onlyDraw(options);
+    processor.setOptions(options);
+    processor.renamePhotosWithUTM(
+        folder.path(), [](const QString &) {}, [](int, int) {});
+    return {viewedPhoto(copy), {}};
+}
