@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/samplefile.h"
+#include "files/safewrite.h"
 #include "samplephotos.h"
 
 #include <QCommandLineParser>
@@ -56,9 +57,7 @@ void makeSample(const QDir &folder)
 {
     makeFolder(folder.filePath(QStringLiteral("fotos/norte")));
     const QString coordinatesPath = folder.filePath(QStringLiteral("coordenadas.csv"));
-    SampleFile coordinates(coordinatesPath);
-    if (!coordinates.open())
-        qFatal("No se pudo escribir %s", qPrintable(coordinatesPath));
+    QList<SampleRow> rows;
     quint32 seed = 0;
     for (const SamplePhoto &photo : samplePhotos) {
         const QString path = folder.filePath(QStringLiteral("fotos/") + QString::fromUtf8(photo.path));
@@ -67,13 +66,13 @@ void makeSample(const QDir &folder)
         const FreshTags tags{photo.position, photo.heading, photo.altitude,
                              QDateTime::fromString(QString::fromLatin1(photo.taken), Qt::ISODate)};
         writeCameraPhoto(path, image, photo.exif ? std::optional(tags) : std::nullopt, photo.orientation);
-        coordinates.append({QFileInfo(path).fileName(),
-                            latLonToUtm(tags.position.latitude, tags.position.longitude), tags.orientation,
-                            tags.altitude, tags.dateTime});
+        rows.append({QFileInfo(path).fileName(), latLonToUtm(tags.position.latitude, tags.position.longitude),
+                     tags.orientation, tags.altitude, tags.dateTime});
         say(QStringLiteral("Foto: ") + path);
     }
-    if (!coordinates.close())
-        qFatal("No se pudo escribir %s", qPrintable(coordinatesPath));
+    QString error;
+    if (!writeWhole(coordinatesPath, sampleFileContents(rows), &error))
+        qFatal("No se pudo escribir %s: %s", qPrintable(coordinatesPath), qPrintable(error));
     if (!paintLogo(400).save(folder.filePath(QStringLiteral("logo.png"))))
         qFatal("No se pudo escribir el logo");
     say(QStringLiteral("Logo: ") + folder.filePath(QStringLiteral("logo.png")));

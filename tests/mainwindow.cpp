@@ -189,8 +189,9 @@ QStringList described(const RunRequest &request)
     all.insert(QStringLiteral("outputFolder"), run.outputFolder);
     QStringList lines;
     for (auto value = all.constBegin(); value != all.constEnd(); ++value)
-        lines.append(value.key() + u'=' +
-                     (value->isDouble() ? QString::number(value->toDouble()) : value->toVariant().toString()));
+        lines.append(
+            value.key() + u'=' +
+            (value->isDouble() ? QString::number(value->toDouble()) : value->toVariant().toString()));
     return lines;
 }
 
@@ -208,8 +209,8 @@ void change(QWidget *widget)
 
 } // namespace
 
-// One change of each widget: how many previews it asks for, what it changes of the run, and which other widgets
-// it enables, disables, shows or hides.
+// One change of each widget: how many previews it asks for, what it changes of the run, and which other
+// widgets it enables, disables, shows or hides.
 void MainWindowTest::eachWidgetFeedsItsOption()
 {
     const QString expected = QStringLiteral(R"(altitudePositionCombo 1 altitudePosition=arriba-izquierda
@@ -259,8 +260,9 @@ txtRadio 2 useExif=false txtGroup)");
         for (const QString &after : m_driver->state()) {
             const QString other = after.section(u' ', 0, 0);
             if (!before.contains(after) && other != name && other != QStringLiteral("exifRadio"))
-                result += u' ' + other +
-                          (after.endsWith(QStringLiteral("(disabled)")) ? QStringLiteral("(disabled)") : QString());
+                result +=
+                    u' ' + other +
+                    (after.endsWith(QStringLiteral("(disabled)")) ? QStringLiteral("(disabled)") : QString());
         }
         actual.append(result);
     }
@@ -272,10 +274,13 @@ txtRadio 2 useExif=false txtGroup)");
 void MainWindowTest::prefixNeedsRenaming()
 {
     const auto enabled = [this] {
-        return QStringLiteral("%1%2").arg(m_driver->isEnabled("prefixCheck")).arg(m_driver->isEnabled("prefixEdit"));
+        return QStringLiteral("%1%2")
+            .arg(m_driver->isEnabled("prefixCheck"))
+            .arg(m_driver->isEnabled("prefixEdit"));
     };
     QStringList states;
-    for (const char *box : {"prefixCheck", "renameCheck", "renameCheck", "prefixCheck", "renameCheck", "renameCheck"}) {
+    for (const char *box :
+         {"prefixCheck", "renameCheck", "renameCheck", "prefixCheck", "renameCheck", "renameCheck"}) {
         m_driver->click(box);
         states.append(enabled());
     }
@@ -430,8 +435,8 @@ void MainWindowTest::savesAndListsProfiles()
 {
     auto *combo = m_driver->find<QComboBox>("presetCombo");
     QDir(m_driver->path({})).mkpath(QStringLiteral("otra"));
-    // One name in two folders is one entry; a name without suffix gets one; where nothing can be written, nothing
-    // is said, and the name is listed.
+    // One name in two folders is one entry; a name without suffix gets one; where nothing can be written,
+    // nothing is said, and the name is listed.
     for (const char *name : {"estilo.final.json", "perfil uno", "otra/estilo.json", "/proc/nada.json"}) {
         const QString file = QString::fromLatin1(name);
         m_driver->type("prefixEdit", file);
@@ -474,17 +479,20 @@ void MainWindowTest::loadsProfilesUnevenly()
     QVERIFY(m_driver->isEnabled("compassCheck") && !m_driver->isEnabled("bgTextCheck") &&
             !m_driver->isEnabled("rotateCompassCheck") && !m_driver->isEnabled("prefixCheck"));
     const auto shown = [this] {
-        QStringList lines = m_driver->state().filter(QRegularExpression(
-            QStringLiteral("^(logoEdit|fontEdit|fontSizeSpin|compassStyle|arrowC|colorS|dtP|drawGeo|presetC|logoCheck)")));
-        return lines.replaceInStrings(QRegularExpression(QStringLiteral("^\\w+ | in .*| \\(.*$")), {}).join(u'|');
+        QStringList lines = m_driver->state().filter(QRegularExpression(QStringLiteral(
+            "^(logoEdit|fontEdit|fontSizeSpin|compassStyle|arrowC|colorS|dtP|drawGeo|presetC|logoCheck)")));
+        return lines.replaceInStrings(QRegularExpression(QStringLiteral("^\\w+ | in .*| \\(.*$")), {})
+            .join(u'|');
     };
-    QCOMPARE(shown(), QStringLiteral("background-color: #00ff00|background-color: gold|Numerado of 4|[x] Dibujar "
-                                     "coordenadas geográficas|arriba-izquierda of 4|letra.ttf|0.2000|[x] Incrustar "
-                                     "logo en las fotos|logo.png| of 0"));
+    QCOMPARE(shown(),
+             QStringLiteral("background-color: #00ff00|background-color: gold|Numerado of 4|[x] Dibujar "
+                            "coordenadas geográficas|arriba-izquierda of 4|letra.ttf|0.2000|[x] Incrustar "
+                            "logo en las fotos|logo.png| of 0"));
     loadProfile(R"({"fontColor": "red; min-width: 900px", "compassArrowColor": "nada"})");
-    const QString cleared = QStringLiteral("background-color: #ff0000|background-color: gold|Estilo Puntos of 4|[x] "
-                                           "Dibujar coordenadas geográficas|arriba-izquierda of 4||0.2000|[x] "
-                                           "Incrustar logo en las fotos|| of 0");
+    const QString cleared =
+        QStringLiteral("background-color: #ff0000|background-color: gold|Estilo Puntos of 4|[x] "
+                       "Dibujar coordenadas geográficas|arriba-izquierda of 4||0.2000|[x] "
+                       "Incrustar logo en las fotos|| of 0");
     QCOMPARE(shown(), cleared);
     loadProfile("[1, 2");
     m_driver->choose("loadPresetButton", {});
@@ -537,11 +545,12 @@ void MainWindowTest::choosesFilesAndFolders()
     writeText(file, "");
     m_driver->click("txtRadio");
     m_driver->check("outputFolderCheck", true);
-    for (const auto &[button, edit, choice] : {std::tuple{"selectDirButton", "directoryEdit", m_driver->photos()},
-                                               {"selectTxtButton", "txtPathEdit", file},
-                                               {"selectOutputButton", "outputFolderEdit", m_driver->photos()},
-                                               {"selectLogoButton", "logoEdit", file},
-                                               {"selectFontButton", "fontEdit", file}}) {
+    for (const auto &[button, edit, choice] :
+         {std::tuple{"selectDirButton", "directoryEdit", m_driver->photos()},
+          {"selectTxtButton", "txtPathEdit", file},
+          {"selectOutputButton", "outputFolderEdit", m_driver->photos()},
+          {"selectLogoButton", "logoEdit", file},
+          {"selectFontButton", "fontEdit", file}}) {
         m_driver->choose(button, choice);
         m_driver->choose(button, {});
         const bool nameAlone = m_driver->find<QLineEdit>(edit)->isReadOnly();

@@ -70,7 +70,8 @@ void PresetTest::takesOnlyWhatIsValid()
 
 void PresetTest::bringsRatiosIntoRange()
 {
-    for (const double value : {5.0, -5.0, 0.0, 0.03, 0.12345, 0.123449999, 0.125, 0.29999, 1e300, qInf(), qQNaN()}) {
+    for (const double value :
+         {5.0, -5.0, 0.0, 0.03, 0.12345, 0.123449999, 0.125, 0.29999, 1e300, qInf(), qQNaN()}) {
         for (const RatioRange &range : {fontSizeRange, logoSizeRange, compassSizeRange}) {
             QDoubleSpinBox box;
             box.setDecimals(range.decimals);
@@ -80,7 +81,9 @@ void PresetTest::bringsRatiosIntoRange()
         }
     }
     Preset preset;
-    preset.apply({{QStringLiteral("fontSizeRatio"), 5}, {QStringLiteral("logoRatio"), 5}, {QStringLiteral("compassRatio"), 5}});
+    preset.apply({{QStringLiteral("fontSizeRatio"), 5},
+                  {QStringLiteral("logoRatio"), 5},
+                  {QStringLiteral("compassRatio"), 5}});
     QCOMPARE(QList<double>({preset.fontSizeRatio, preset.logoRatio, preset.compassRatio}),
              QList<double>({0.2, 0.3, 0.5}));
 }

@@ -67,7 +67,8 @@ void WindowFlowsTest::refusesInOrder()
     const QString noTable = QStringLiteral("Seleccione un archivo txt válido (o cambie el modo a EXIF).");
     const QString noOutput = QStringLiteral("Seleccione una carpeta de salida válida.");
     for (const auto &[edit, text, message] :
-         {std::tuple{"directoryEdit", path("nada"), QStringLiteral("Seleccione un directorio de fotos válido.")},
+         {std::tuple{"directoryEdit", path("nada"),
+                     QStringLiteral("Seleccione un directorio de fotos válido.")},
           {"directoryEdit", m_driver->photos(), QStringLiteral("Seleccione un archivo de logo válido.")},
           {"txtPathEdit", QString(), noTable},
           {"txtPathEdit", m_driver->photos(), noTable}, // a folder is no file
@@ -84,14 +85,16 @@ void WindowFlowsTest::refusesInOrder()
 void WindowFlowsTest::runsABatchToItsEnd()
 {
     m_driver->writePhotos(2, {200, 150});
-    writePhoto(m_driver->photos() + QStringLiteral("/<b>ladera & río.jpg"), plainImage({100, 100}), gpsTags());
+    writePhoto(m_driver->photos() + QStringLiteral("/<b>ladera & río.jpg"), plainImage({100, 100}),
+               gpsTags());
     m_driver->check("prefixCheck", true);
     m_driver->type("prefixEdit", QStringLiteral("P_"));
     m_driver->runBatch();
 
     QCOMPARE(m_driver->messages, QStringList(QStringLiteral("Completado: El proceso ha finalizado.")));
     const QString log = m_driver->log();
-    QVERIFY(log.startsWith(QStringLiteral("Iniciando el proceso de renombrado y modificación de fotos...\n")));
+    QVERIFY(
+        log.startsWith(QStringLiteral("Iniciando el proceso de renombrado y modificación de fotos...\n")));
     QVERIFY(log.contains(QStringLiteral("\nProcesando: <b>ladera & río.jpg\n"))); // as it is written
     QVERIFY(log.endsWith(QStringLiteral("\nSe procesaron 3 fotos en 0s.\n\nProceso finalizado.")));
     QCOMPARE(m_driver->status(), QStringLiteral("Terminadas 3 de 3 fotos."));
@@ -143,7 +146,8 @@ void WindowFlowsTest::hidesACancelledBatch()
     m_driver->runBatch();
     QThreadPool::globalInstance()->setMaxThreadCount(threads);
     QVERIFY(!shownAgain && poolFree);
-    QVERIFY2(goesOn.startsWith(QStringLiteral("El proceso continúa:")) || goesOn.startsWith(QStringLiteral("Term")),
+    QVERIFY2(goesOn.startsWith(QStringLiteral("El proceso continúa:")) ||
+                 goesOn.startsWith(QStringLiteral("Term")),
              qPrintable(goesOn));
     QCOMPARE(m_driver->status(), QStringLiteral("Terminadas 8 de 8 fotos."));
 }
@@ -155,7 +159,8 @@ void WindowFlowsTest::closesAfterItsBatch()
         progress->close();
         m_driver->window->close();
         QVERIFY(m_driver->window->isVisible());
-        QVERIFY2(m_driver->status().contains(QStringLiteral("se cerrará al terminar")), qPrintable(m_driver->status()));
+        QVERIFY2(m_driver->status().contains(QStringLiteral("se cerrará al terminar")),
+                 qPrintable(m_driver->status()));
     });
     m_driver->runBatch();
     QVERIFY(!m_driver->window->isVisible());
@@ -203,23 +208,26 @@ void WindowFlowsTest::writesASampleFile()
         m_driver->choose("createSampleButton", path(fromExif ? "exif.csv" : "fija.csv"));
     }
     QCOMPARE(m_driver->textOf("txtPathEdit"), path("fija.csv"));
-    QCOMPARE(m_driver->log(),
-             QStringLiteral("Error al crear el archivo de ejemplo: no se pudo abrir el archivo.\n"
-                            "Datos GPS no encontrados en EXIF para b.PNG. Usando coordenadas y orientación fijas\n"
-                            "Archivo de ejemplo creado en: %1\nArchivo de ejemplo creado en: %2")
-                 .arg(path("exif.csv"), path("fija.csv")));
+    QCOMPARE(
+        m_driver->log(),
+        QStringLiteral("Error al crear el archivo de ejemplo: no se pudo abrir el archivo.\n"
+                       "Datos GPS no encontrados en EXIF para b.PNG. Usando coordenadas y orientación fijas\n"
+                       "Archivo de ejemplo creado en: %1\nArchivo de ejemplo creado en: %2")
+            .arg(path("exif.csv"), path("fija.csv")));
     // Where there is no date, it is now: the minute may change meanwhile.
     const auto lines = [this](const char *file) {
         const QString now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH"));
         QStringList list = QString::fromUtf8(bytesOf(path(file))).split(u'\n').mid(0, 3);
-        list.replaceInStrings(QRegularExpression(now + QStringLiteral("[0-9:]+")), QStringLiteral("now")).sort();
+        list.replaceInStrings(QRegularExpression(now + QStringLiteral("[0-9:]+")), QStringLiteral("now"))
+            .sort();
         return list.join(u'|');
     };
     QCOMPARE(lines("exif.csv"), QStringLiteral("a.jpg;19;G;345093;6297581;90;2024-03-05T14:07:09;520.3|"
                                                "b.PNG;19;J;500000;6000000;;now;|") +
                                     coordinatesHeader());
     QCOMPARE(lines("fija.csv"),
-             QStringLiteral("a.jpg;19;J;500000;6000000;;now;|b.PNG;19;J;500000;6000000;;now;|") + coordinatesHeader());
+             QStringLiteral("a.jpg;19;J;500000;6000000;;now;|b.PNG;19;J;500000;6000000;;now;|") +
+                 coordinatesHeader());
 }
 
 void WindowFlowsTest::fillsAltitudes()
@@ -229,7 +237,8 @@ void WindowFlowsTest::fillsAltitudes()
     m_driver->type("directoryEdit", m_driver->photos());
     m_driver->click("txtRadio");
     for (const bool overwrite : {false, true}) {
-        writeText(path("tabla.csv"), header + "0.jpg;19;H;300000;6000000;;;7\nb.jpg;19;H;300000;6000000;;;\n");
+        writeText(path("tabla.csv"),
+                  header + "0.jpg;19;H;300000;6000000;;;7\nb.jpg;19;H;300000;6000000;;;\n");
         m_driver->type("txtPathEdit", path("tabla.csv"));
         m_driver->check("overwriteAltitudeCheck", overwrite);
         const QImage before = m_driver->preview();
@@ -239,19 +248,22 @@ void WindowFlowsTest::fillsAltitudes()
         QCOMPARE(m_driver->messages.join(u'|'),
                  QStringLiteral("Completado: El proceso de relleno de altitud ha finalizado.\n"
                                 "El archivo CSV ha sido actualizado."));
-        QCOMPARE(bytesOf(path("tabla.csv")), header + "0.jpg;19;H;300000;6000000;;;" + (overwrite ? "100.00" : "7") +
+        QCOMPARE(bytesOf(path("tabla.csv")), header + "0.jpg;19;H;300000;6000000;;;" +
+                                                 (overwrite ? "100.00" : "7") +
                                                  "\nb.jpg;19;H;300000;6000000;;;100.00\n");
         QCOMPARE(m_driver->preview() != before, overwrite); // it is drawn anew
     }
     QCOMPARE(m_server.requests().size(), 3);
     QVERIFY(m_driver->log().startsWith(
-        QStringLiteral("Iniciando relleno de altitud desde API para el archivo: %1\n").arg(path("tabla.csv"))));
+        QStringLiteral("Iniciando relleno de altitud desde API para el archivo: %1\n")
+            .arg(path("tabla.csv"))));
     QVERIFY(m_driver->log().endsWith(QStringLiteral(" de 2 registros.\n\nRelleno de altitud finalizado.")));
 }
 
 void WindowFlowsTest::breaksOffAnAltitudeFill()
 {
-    const QByteArray table = coordinatesHeader().toUtf8() + "\na;19;H;300000;6000000\nb;19;H;300000;6000000\n";
+    const QByteArray table =
+        coordinatesHeader().toUtf8() + "\na;19;H;300000;6000000\nb;19;H;300000;6000000\n";
     m_server.setAnswers({{R"({"status": "OK", "results": [{"elevation": 1}]})"}, {"{}", 200, 3000}});
     writeText(path("tabla.csv"), table);
     m_driver->type("txtPathEdit", path("tabla.csv"));
@@ -311,8 +323,9 @@ void WindowFlowsTest::keepsSettings()
     QStringList values;
     for (const QString &key : stored.allKeys())
         values.append(key + u'=' + stored.value(key).toString());
-    QCOMPARE(values.join(u'|'),
-             QStringLiteral("altitude/apiKey= clave |altitude/provider=Google Elevation|output/jpegQuality=40"));
+    QCOMPARE(
+        values.join(u'|'),
+        QStringLiteral("altitude/apiKey= clave |altitude/provider=Google Elevation|output/jpegQuality=40"));
     const auto forOthers = QFile::ReadGroup | QFile::ReadOther;
     QVERIFY(!QFile::permissions(store.fileName()).testAnyFlags(forOthers));
     QFile::setPermissions(store.fileName(), QFile::ReadOwner | QFile::WriteOwner | forOthers);

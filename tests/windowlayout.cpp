@@ -25,7 +25,8 @@ private slots:
     void wheelPassesUnfocusedFields();
 };
 
-// The panel never scrolls sideways, and at the window's own size not up and down either; no button is cut off.
+// The panel never scrolls sideways, and at the window's own size not up and down either; no button is cut
+// off.
 void WindowLayoutTest::fitsIntoScreens()
 {
     const QFont usual = QApplication::font();
@@ -45,8 +46,9 @@ void WindowLayoutTest::fitsIntoScreens()
             const auto *area = qobject_cast<QScrollArea *>(tabs->widget(index));
             QVERIFY2(area->widget()->minimumSizeHint().width() <= area->viewport()->width(),
                      qPrintable(tabs->tabText(index)));
-            QVERIFY2(font == large || area->widget()->height() <= area->viewport()->height(),
-                     qPrintable(tabs->tabText(index)));
+            if (font == usual)
+                QTRY_VERIFY2(area->widget()->height() <= area->viewport()->height(),
+                             qPrintable(tabs->tabText(index)));
             for (const QCheckBox *check : area->findChildren<QCheckBox *>())
                 QVERIFY2(check->isHidden() || check->height() >= check->heightForWidth(check->width()),
                          qPrintable(check->text()));
@@ -68,15 +70,25 @@ void WindowLayoutTest::namesItsTabStops()
     QStringList stops;
     for (QWidget *widget = driver.window->nextInFocusChain(); widget != driver.window.get();
          widget = widget->nextInFocusChain()) {
-        if (!(widget->focusPolicy() & Qt::TabFocus) || widget->focusProxy())
+        if (!(widget->focusPolicy() & Qt::TabFocus) || widget->focusProxy() || widget->isHidden())
             continue;
+        const auto *accessible = QAccessible::queryAccessibleInterface(widget);
+        if (accessible->role() == QAccessible::ComboBox) // whose name is its value, beside its label
+            accessible = accessible->relations(QAccessible::Label).value(0).first;
         stops.append(widget->objectName());
-        names.append(QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name));
-        QVERIFY2(!names.constLast().isEmpty() || widget->objectName() == QLatin1String("qt_tabwidget_tabbar"),
-                 qPrintable(stops.constLast()));
+        names.append(accessible ? accessible->text(QAccessible::Name) : QString());
+        QVERIFY2(!names.constLast().isEmpty(), qPrintable(stops.constLast()));
     }
     QCOMPARE(names.removeDuplicates(), 0);
-    QCOMPARE(stops.join(u' '), QStringLiteral(""));
+    QCOMPARE(stops.join(u' '), QStringLiteral(R"(
+directoryEdit selectDirButton subdirsCheck logoEdit selectLogoButton fontEdit selectFontButton qt_tabwidget_tabbar exifRadio
+txtRadio txtPathEdit selectTxtButton createSampleButton populateAltitudeButton overwriteAltitudeCheck sampleFromExifCheck
+embedCsvCheck renameCheck prefixCheck prefixEdit outputFolderCheck outputFolderEdit selectOutputButton backupCheck
+drawDataCheck dtPositionCombo coordsPositionCombo orientationPositionCombo altitudePositionCombo fontSizeSpin
+selectColorButton drawOrientationCheck drawAltitudeCheck drawTimeCheck bgTextCheck drawGeoCheck logoCheck
+logoPositionCombo logoSizeSpin compassCheck compassPositionCombo compassSizeSpin compassStyleCombo
+selectArrowColorButton rotateCompassCheck startButton logView prevButton nextButton)")
+                                   .simplified());
 }
 
 void WindowLayoutTest::wheelPassesUnfocusedFields()

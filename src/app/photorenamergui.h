@@ -213,10 +213,10 @@ private:
     PhotoBrowser browser;
     QTimer typingTimer{this}; ///< runs while a path is being typed that takes long to list
     bool directoryTyped = false;
-    QPixmap previewPixmap;    ///< the last good preview, at full size
-    QTimer previewTimer{this};      ///< runs while changes come that take long to draw
-    qint64 previewTook = 0;   ///< milliseconds, the last time
-    bool holdPreview = false; ///< the preview waits until several changes are made
+    QPixmap previewPixmap;     ///< the last good preview, at full size
+    QTimer previewTimer{this}; ///< runs while changes come that take long to draw
+    qint64 previewTook = 0;    ///< milliseconds, the last time
+    bool holdPreview = false;  ///< the preview waits until several changes are made
     CoordinatesCache coordinates;
 
     bool presetShown = false; ///< the profile list has just applied its choice

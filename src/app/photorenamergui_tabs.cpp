@@ -185,7 +185,7 @@ QGroupBox *PhotoRenamerGUI::buildOutputGroup(QWidget *parent)
     note->setStyleSheet(QStringLiteral("font-style: italic; color: grey;"));
     note->setWordWrap(true);
     QFont noteFont = note->font();
-    noteFont.setPointSizeF(noteFont.pointSizeF() * 0.85);
+    noteFont.setPointSizeF(QFontInfo(noteFont).pointSizeF() * 0.85);
     note->setFont(noteFont);
     layout->addWidget(note);
     return group;

@@ -6,6 +6,7 @@
 #include <QMutexLocker>
 
 #include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace
@@ -30,6 +31,18 @@ int put(int stream, const QString &text)
 
 } // namespace
 
+Console::Console()
+{
+    // Where whoever started the program has closed a stream, the next file that is opened would take its
+    // number, and the log would be written into that.
+    int number = 0;
+    do
+        number = ::open("/dev/null", O_RDWR);
+    while (number >= 0 && number <= STDERR_FILENO);
+    if (number >= 0)
+        ::close(number);
+}
+
 void Console::log(const QString &line)
 {
     const QMutexLocker locker(&m_mutex);
@@ -38,8 +51,8 @@ void Console::log(const QString &line)
     clearBar();
     const int error = put(STDOUT_FILENO, line + QLatin1Char('\n'));
     m_logClosed = error != 0;
-    // Who closes the log, or gives none, has what he wants of it.
-    if (error != 0 && error != EPIPE && error != EBADF) {
+    // Who closes the log has read what he wanted of it.
+    if (error != 0 && error != EPIPE) {
         m_logError = systemReason(error);
         put(STDERR_FILENO,
             QStringLiteral("No se pudo escribir el registro: ") + m_logError + QLatin1Char('\n'));

@@ -8,7 +8,8 @@
 class Console
 {
 public:
-    Console() = default;
+    /// To be made before anything else opens a file.
+    Console();
 
     /// Writes a line to standard output. The first that cannot be written is the last that is tried; unless
     /// only the reader has gone away, standard error tells.

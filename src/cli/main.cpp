@@ -56,6 +56,7 @@ ExitStatus runBatch(const BatchRequest &request, Console &console)
 
 int main(int argc, char *argv[])
 {
+    Console console;
     // A reader of the log that goes away, or a limit to the size of files, is no reason to stop in the middle
     // of the photos.
     std::signal(SIGPIPE, SIG_IGN);
@@ -72,7 +73,6 @@ int main(int argc, char *argv[])
     if (qtTexts.load(QStringLiteral("qtbase_es"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&qtTexts);
 
-    Console console;
     const auto request = readArguments(QCoreApplication::arguments());
     if (const auto *information = std::get_if<Information>(&request)) {
         console.log(information->text.trimmed());

@@ -11,8 +11,9 @@ bool makeFolder(const QString &path, bool durable = false);
 /// Brings the names of a folder onto the disk. File systems that cannot do so, do it by themselves.
 void syncFolder(const QString &path);
 
-/// Brings everything that was written to the file system of `path` onto the disk. False, with the reason in
-/// `error`, when some of it could not be written.
+/// Brings everything that was written to the file system of `path`, names included, onto the disk: on ext4,
+/// exFAT and NFS, after success, nothing of it can get lost any more. False, with the reason in `error`, when
+/// some of it could not be written; which, is not known.
 bool syncFileSystem(const QString &path, QString *error);
 
 /// The folder of a path.

@@ -14,7 +14,8 @@ enum class Durability {
 
 /// A file in the making. It is hidden in the folder where it will be needed, under a name that is no photo's
 /// (".velmaro-" and 16 digits, whatever the target is called), and removed together with the object unless it
-/// was moved from there. A program that is killed, or a machine that stops, leaves it behind.
+/// was moved from there. A program that is killed, or a machine that stops, leaves it behind, and the photo
+/// that it was made for as it was.
 class UnfinishedFile
 {
 public:
@@ -26,7 +27,9 @@ public:
     bool open(const QString &folder, bool newKind, QString *error);
 
     /// Writes the contents, gives the file the attributes of the file `attributesOf` (empty: leaves it those
-    /// that it has), and closes it. False, with the reason in `error`, unless every byte has arrived.
+    /// that it has), and closes it. False, with the reason in `error`, unless every byte has arrived: in the
+    /// file, or on the disk (with NFS: on the server's) with `OnReturn`. What was not synced may be missing,
+    /// on any file system, after a stop of the machine.
     bool write(const QByteArray &contents, const QString &attributesOf, Attributes attributes,
                Durability durability, QString *error);
 

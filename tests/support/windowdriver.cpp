@@ -103,8 +103,9 @@ QStringList WindowDriver::state() const
             continue; // a part of another widget
         QString text;
         if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
-            text = (button->isCheckable() ? (button->isChecked() ? QStringLiteral("[x] ") : QStringLiteral("[ ] "))
-                                          : QString()) +
+            text = (button->isCheckable()
+                        ? (button->isChecked() ? QStringLiteral("[x] ") : QStringLiteral("[ ] "))
+                        : QString()) +
                    button->text();
         else if (const auto *box = qobject_cast<const QGroupBox *>(widget))
             text = box->title();
@@ -116,8 +117,8 @@ QStringList WindowDriver::state() const
             text = QStringLiteral("%1 of %2").arg(combo->currentText()).arg(combo->count());
         else if (const auto *spin = qobject_cast<const QDoubleSpinBox *>(widget))
             text = QStringLiteral("%1 in %2 to %3 by %4%5")
-                       .arg(spin->text(), spin->textFromValue(spin->minimum()), spin->textFromValue(spin->maximum()),
-                            spin->textFromValue(spin->singleStep()),
+                       .arg(spin->text(), spin->textFromValue(spin->minimum()),
+                            spin->textFromValue(spin->maximum()), spin->textFromValue(spin->singleStep()),
                             spin->keyboardTracking() ? QString() : QStringLiteral(" when done"));
         const bool named = !widget->objectName().isEmpty();
         if (text.isEmpty() && !(named && qobject_cast<const QLineEdit *>(widget)))

@@ -51,8 +51,8 @@ public:
     QImage preview() const;
     QString previewText() const;
 
-    /// Each widget with a text or a value, one to a line, sorted: name, text or value, and what is unusual about
-    /// it.
+    /// Each widget with a text or a value, one to a line, sorted: name, text or value, and what is unusual
+    /// about it.
     QStringList state() const;
 
     /// Answers the next modal dialog, as soon as it is shown.
