@@ -139,7 +139,8 @@ int main(int argc, char *argv[])
     int stamped = 0;
     int findings = 0;
     for (int round = 0; round < times; ++round) {
-        Random random(seed + static_cast<uint>(round)); // so that a round can be had again alone
+        const uint number = seed + static_cast<uint>(round); // so that a round can be had again alone
+        Random random(number);
         QFile file(arguments[round % arguments.size()]);
         if (!file.open(QIODevice::ReadOnly))
             qFatal("cannot read %s", qPrintable(file.fileName()));
@@ -148,14 +149,13 @@ int main(int argc, char *argv[])
         const QSize size = claimedSize(jpeg);
         if (size.isEmpty() || qint64(size.width()) * size.height() > 20'000'000)
             continue;
-        const Overlay overlay = stampFor(size, round % 8 + 1);
-        const JpegCoding coding{.quality = round % 101, .keepTables = round % 3 == 0};
+        const Overlay overlay = stampFor(size, static_cast<int>(number % 8) + 1);
+        const JpegCoding coding{.quality = static_cast<int>(number % 101), .keepTables = number % 3 == 0};
         const std::optional<QByteArray> result = stampedByCoefficients(jpeg, overlay, coding, buffers);
         stamped += result ? 1 : 0;
         if (result && decodedSize(*result) != size) {
             ++findings;
-            std::printf("%s, seed %u: the result is damaged\n", qPrintable(file.fileName()),
-                        seed + static_cast<uint>(round));
+            std::printf("%s, seed %u: the result is damaged\n", qPrintable(file.fileName()), number);
         }
     }
     std::printf("%d photos, %d of them stamped, %d findings\n", times, stamped, findings);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/jpegcoefficients.h"
 
+#include "processing/coefficientrows.h"
 #include "processing/jpegcodec.h"
 #include "processing/jpegobject.h"
 #include "render/fontregistry.h"
@@ -147,6 +148,32 @@ QByteArray markersOf(const QByteArray &jpeg)
         at += 2 + (static_cast<uchar>(jpeg[at + 2]) << 8 | static_cast<uchar>(jpeg[at + 3]));
     }
     return markers;
+}
+
+// A JPEG with coefficients that no picture gives.
+QByteArray overflowing(QSize size)
+{
+    PixelBuffers buffers;
+    BlockLayout layout{{1, 1, 1}, {1, 1, 1}, (size.width() + 7) / 8, (size.height() + 7) / 8};
+    CoefficientRows rows(layout, layout.mcusDown, buffers);
+    for (JDIMENSION row = 0; row < static_cast<JDIMENSION>(layout.mcusDown); ++row)
+        rows.rows(0, row, 1, true)[0][row][row % 64] = 1500;
+    EncodedBytes bytes(4096);
+    JpegCompressor encoder;
+    encoder.run([&] {
+        encoder.keepBlocksIn(&rows);
+        encoder->dest = bytes.manager();
+        encoder->image_width = static_cast<JDIMENSION>(size.width());
+        encoder->image_height = static_cast<JDIMENSION>(size.height());
+        encoder->in_color_space = JCS_YCbCr;
+        encoder->input_components = 3;
+        jpeg_set_defaults(encoder.get());
+        sampling(1, 1)(encoder.get());
+        encoder->arith_code = TRUE; // knows no limits
+        jpeg_write_coefficients(encoder.get(), encoder.arrays());
+        jpeg_finish_compress(encoder.get());
+    });
+    return bytes.take();
 }
 
 } // namespace
@@ -339,6 +366,8 @@ void JpegCoefficientsTest::refuses()
     for (const auto &[name, bytes] : cases)
         QVERIFY2(!stamped(bytes, stamp, {}), name);
     QVERIFY(!stamped(tall, overlay({m_photo.width(), 0xff00}, 1, 0.1), {.keepTables = true}));
+    QVERIFY(!stamped(overflowing(m_photo.size()), stamp, {.keepTables = true}));
+    QVERIFY(stamped(overflowing(m_photo.size()), stamp, {}));
     QVERIFY(!stamped(jpeg, overlay(m_photo.size().transposed()), {}));
     QVERIFY(!stamped(jpeg, overlay(m_photo.size(), 1, 3.0), {}));
     QVERIFY(stamped(jpeg, overlay(m_photo.size(), 1, 3.0), {.keepTables = true}));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/coefficientrows.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -50,4 +51,25 @@ JBLOCKROW CoefficientRows::row(size_t component, int index) const
 {
     const std::vector<JBLOCKROW> &rows = m_components[component].rows;
     return rows[static_cast<size_t>(index) % rows.size()];
+}
+
+bool CoefficientRows::isCodable(size_t component, int index) const
+{
+    constexpr JCOEF most = 1023;
+    const JBLOCKROW blocks = row(component, index);
+    const auto isWithin = [](const JCOEF *first, const JCOEF *end) {
+        JCOEF lowest = 0;
+        JCOEF highest = 0;
+        for (; first != end; ++first) {
+            lowest = std::min(lowest, *first);
+            highest = std::max(highest, *first);
+        }
+        return lowest >= -most && highest <= most;
+    };
+    if (isWithin(blocks[0], blocks[blocksAcross(component)]))
+        return true;
+    return std::all_of(blocks, blocks + blocksAcross(component), [&](const JBLOCK &block) {
+        const bool isBlack = block[0] == -most - 1; // the one value more that a DC coefficient has
+        return isWithin(block + (isBlack ? 1 : 0), block + DCTSIZE2);
+    });
 }

@@ -53,6 +53,10 @@ public:
     /// The blocks of a component in a row of the window. Row `index` counts rows of blocks.
     JBLOCKROW row(size_t component, int index) const;
 
+    /// Whether baseline JPEG can code a row. What no picture can hold it cannot: the library does not look
+    /// and writes nonsense.
+    bool isCodable(size_t component, int index) const;
+
     const BlockLayout &layout() const { return m_layout; }
     int blocksAcross(size_t component) const { return m_layout.across[component] * m_layout.mcusAcross; }
 

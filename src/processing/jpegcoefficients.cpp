@@ -316,8 +316,11 @@ bool Stamper::finishRow(int mcuRow)
         return false;
     for (size_t component = 0; component < componentCount; ++component) {
         const int down = m_layout.down[component];
-        for (int row = mcuRow * down; row < (mcuRow + 1) * down; ++row)
+        for (int row = mcuRow * down; row < (mcuRow + 1) * down; ++row) {
             m_requantisers[component].convert(m_rows->row(component, row), m_rows->blocksAcross(component));
+            if (!m_rows->isCodable(component, row))
+                return false;
+        }
     }
     for (Piece &piece : m_pieces) {
         if (piece.painted && mcuRow >= piece.mcus.top())
