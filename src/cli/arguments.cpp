@@ -10,10 +10,6 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-<<<<<<< HEAD
-#include <QDir>
-=======
->>>>>>> main
 #include <QFile>
 #include <QFileInfo>
 
@@ -74,14 +70,6 @@ std::optional<int> wholeNumber(const QString &text, int lowest, int highest)
     return ok && number >= lowest && number <= highest ? std::optional(number) : std::nullopt;
 }
 
-<<<<<<< HEAD
-bool isFolder(const QString &path)
-{
-    return !path.isEmpty() && QDir(path).exists();
-}
-
-=======
->>>>>>> main
 // Whether a folder is `root` or lies in it, whatever the paths look like.
 bool isWithin(const QString &folder, const QString &root)
 {
@@ -105,23 +93,24 @@ QString valueOf(const QCommandLineParser &parser, const char *name)
     return parser.value(QString::fromLatin1(name));
 }
 
-// The run that the command line asks for on top of the profile.
-RunRequest requestFrom(const QCommandLineParser &parser, const Preset &profile)
+// The profile, if any, and what the command line says above it. Nothing when the profile cannot be read.
+std::optional<Preset> presetFrom(const QCommandLineParser &parser)
 {
-    RunRequest request;
-    request.directory = parser.positionalArguments().constFirst();
-    request.preset = profile;
-    if (isSet(parser, "logo"))
-        request.preset.logoPath = valueOf(parser, "logo");
-    if (isSet(parser, "sin-renombrar"))
-        request.preset.renamePhotos = false;
-    if (isSet(parser, "prefijo")) {
-        request.preset.usePrefix = true;
-        request.preset.prefix = valueOf(parser, "prefijo");
+    Preset preset = Preset::atStart();
+    if (isSet(parser, "perfil")) {
+        const std::optional<QJsonObject> profile = readProfile(valueOf(parser, "perfil"));
+        if (!profile)
+            return std::nullopt;
+        preset.apply(*profile);
     }
-<<<<<<< HEAD
-    request.drawLogo = !isSet(parser, "sin-logo") && !request.preset.logoPath.isEmpty();
-=======
+    if (isSet(parser, "logo"))
+        preset.logoPath = valueOf(parser, "logo");
+    if (isSet(parser, "sin-renombrar"))
+        preset.renamePhotos = false;
+    if (isSet(parser, "prefijo")) {
+        preset.usePrefix = true;
+        preset.prefix = valueOf(parser, "prefijo");
+    }
     return preset;
 }
 
@@ -132,7 +121,6 @@ RunRequest requestFrom(const QCommandLineParser &parser, const Preset &preset)
     request.directory = parser.positionalArguments().constFirst();
     request.preset = preset;
     request.drawLogo = !isSet(parser, "sin-logo") && !preset.logoPath.isEmpty();
->>>>>>> main
     request.run.useExif = !isSet(parser, "coordenadas");
     request.run.txtPath = valueOf(parser, "coordenadas");
     request.run.includeSubfolders = isSet(parser, "subcarpetas");
@@ -145,20 +133,20 @@ RunRequest requestFrom(const QCommandLineParser &parser, const Preset &preset)
 }
 
 // Reads the options that are numbers. Returns the refusal; empty when there is none.
-QString readNumbers(const QCommandLineParser &parser, RunRequest &request, BatchRequest &batch)
+QString readNumbers(const QCommandLineParser &parser, BatchRequest &request)
 {
     constexpr int highest = std::numeric_limits<int>::max();
     if (isSet(parser, "calidad")) {
         const std::optional<int> quality = wholeNumber(valueOf(parser, "calidad"), 1, 100);
         if (!quality)
             return QStringLiteral("La calidad debe ser un número entero de 1 a 100.");
-        request.run.jpegQuality = *quality;
+        request.options.jpegQuality = *quality;
     }
     if (isSet(parser, "hilos")) {
         const std::optional<int> threads = wholeNumber(valueOf(parser, "hilos"), 1, highest);
         if (!threads)
             return QStringLiteral("Los hilos deben ser un número entero de 1 en adelante.");
-        batch.threads = *threads;
+        request.threads = *threads;
     }
     if (isSet(parser, "parte")) {
         const QString text = valueOf(parser, "parte");
@@ -166,38 +154,38 @@ QString readNumbers(const QCommandLineParser &parser, RunRequest &request, Batch
         const std::optional<int> number = wholeNumber(text.section(u'/', 0, 0), 1, count.value_or(0));
         if (!number)
             return QStringLiteral("La parte debe tener la forma K/N, con K de 1 a N.");
-        batch.part = {*number, *count};
+        request.part = {*number, *count};
     }
     return {};
 }
 
 // What looks and names of the results depend on, for a journal to tell one run from another. The default font
 // lies beside the program, which may be installed elsewhere on another machine.
-QJsonObject resultsOf(const RunRequest &request)
+QJsonObject resultsOf(const BatchRequest &request, const Preset &preset)
 {
-    QJsonObject results = request.preset.toJson();
-    if (request.preset.fontPath == defaultFontPath())
+    QJsonObject results = preset.toJson();
+    if (preset.fontPath == defaultFontPath())
         results.remove(QStringLiteral("fontPath"));
-    results[QStringLiteral("logo")] = request.drawLogo;
-    results[QStringLiteral("exif")] = request.run.useExif;
-    results[QStringLiteral("incrustar")] = request.run.embedCsvInExif;
-    results[QStringLiteral("calidad")] = request.run.jpegQuality;
+    results[QStringLiteral("logo")] = !request.options.logoPath.isEmpty();
+    results[QStringLiteral("exif")] = request.options.useExif;
+    results[QStringLiteral("incrustar")] = request.options.embedCsvInExif;
+    results[QStringLiteral("calidad")] = request.options.jpegQuality;
     return results;
 }
 
 // What speaks against sharing the work out, or taking it up again. One task would see what another one, or an
 // earlier attempt, has made, and take it for photos.
-QString refusalOfSharing(const QCommandLineParser &parser, const RunRequest &request)
+QString refusalOfSharing(const QCommandLineParser &parser, const BatchRequest &request)
 {
     for (const char *name : {"parte", "reanudar"}) {
         if (!isSet(parser, name))
             continue;
         const QString option = QStringLiteral("--") + QString::fromLatin1(name);
-        if (!request.run.useOutputFolder)
+        if (!request.options.useOutputFolder)
             return option + QStringLiteral(" solo se puede usar con --salida.");
-        if (isWithin(request.run.outputFolder, request.directory))
+        if (isWithin(request.options.outputFolder, request.directory))
             return option + QStringLiteral(" necesita una carpeta de salida fuera de la carpeta de fotos.");
-        if (request.run.includeSubfolders && isWithin(request.directory, request.run.outputFolder))
+        if (request.options.includeSubfolders && isWithin(request.directory, request.options.outputFolder))
             return option + QStringLiteral(" con --subcarpetas necesita una carpeta de fotos fuera de la "
                                            "carpeta de salida.");
     }
@@ -232,22 +220,6 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
     if (parser.positionalArguments().size() != 1)
         return Refusal{QStringLiteral("Indique una carpeta de fotos. Con --help se muestra la ayuda.")};
 
-<<<<<<< HEAD
-    Preset profile = Preset::atStart();
-    if (isSet(parser, "perfil")) {
-        const std::optional<QJsonObject> object = readProfile(valueOf(parser, "perfil"));
-        if (!object)
-            return Refusal{QStringLiteral("No se pudo leer el perfil: ") + valueOf(parser, "perfil")};
-        profile.apply(*object);
-    }
-
-    RunRequest request = requestFrom(parser, profile);
-    BatchRequest batch;
-    QString reason = readNumbers(parser, request, batch);
-    // An empty argument names no folder, not even the current one.
-    if (reason.isEmpty())
-        reason = request.directory.isEmpty() ? noFolder : request.refusal();
-=======
     const std::optional<Preset> preset = presetFrom(parser);
     if (!preset)
         return Refusal{QStringLiteral("No se pudo leer el perfil: ") + valueOf(parser, "perfil")};
@@ -261,22 +233,12 @@ std::variant<BatchRequest, Information, Refusal> readArguments(const QStringList
     if (reason.isEmpty())
         // An empty argument names no folder, not even the current one.
         reason = run.directory.isEmpty() ? noFolder : run.refusal();
->>>>>>> main
     if (reason.isEmpty())
         reason = refusalOfSharing(parser, request);
     if (reason.isEmpty() && isSet(parser, "geojson"))
-        reason = refusalOfMap(valueOf(parser, "geojson"));
+        reason = refusalOfMap(request.mapPath);
     if (!reason.isEmpty())
         return Refusal{reason};
-<<<<<<< HEAD
-    batch.directory = request.directory;
-    batch.options = request.options();
-    batch.resume = isSet(parser, "reanudar");
-    batch.mapPath = valueOf(parser, "geojson");
-    batch.results = resultsOf(request);
-    return batch;
-=======
     request.results = resultsOf(request, *preset);
     return request;
->>>>>>> main
 }

@@ -207,8 +207,6 @@ void PhotoProcessor::setThreadCount(int threads)
     m_threadCount = threads;
 }
 
-<<<<<<< HEAD
-=======
 void PhotoProcessor::setCoordinatesTable(const CoordinatesTable &table)
 {
     m_table = table;
@@ -219,7 +217,6 @@ void PhotoProcessor::setStopRequest(const StopRequest &stopRequested)
     m_stopRequested = stopRequested;
 }
 
->>>>>>> main
 void PhotoProcessor::setPart(const PhotoPart &part)
 {
     m_part = part;
@@ -233,19 +230,6 @@ void PhotoProcessor::setJournal(Journal *journal)
 void PhotoProcessor::setFinishedCallback(const FinishedCallback &callback)
 {
     m_onFinished = callback;
-<<<<<<< HEAD
-}
-
-void PhotoProcessor::setCoordinatesTable(const CoordinatesTable &table)
-{
-    m_table = table;
-}
-
-void PhotoProcessor::setStopRequest(const StopRequest &stopRequested)
-{
-    m_stopRequested = stopRequested;
-=======
->>>>>>> main
 }
 
 PhotoProcessor::Summary PhotoProcessor::summary() const

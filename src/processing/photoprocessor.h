@@ -13,10 +13,6 @@
 #include <optional>
 
 class Journal;
-<<<<<<< HEAD
-#include <optional>
-=======
->>>>>>> main
 
 /// The engine: carries out a batch over one folder of photos.
 class PhotoProcessor : public QObject
@@ -52,8 +48,6 @@ public:
     /// is the default.
     void setThreadCount(int threads);
 
-<<<<<<< HEAD
-=======
     /// The rows of the coordinates file, for whoever has them already; without them a run in that mode reads
     /// the file.
     void setCoordinatesTable(const CoordinatesTable &table);
@@ -62,7 +56,6 @@ public:
     /// finished.
     void setStopRequest(const StopRequest &stopRequested);
 
->>>>>>> main
     /// Works on the photos of one part only. The walk and the names that are kept for photos are those of the
     /// whole run, so that the parts, run side by side, do together what one run does. Needs an output folder
     /// that does not lie in the root, nor, with subfolders, the root in it.
@@ -75,16 +68,6 @@ public:
     /// Called for every photo that this run finishes, from any thread.
     using FinishedCallback = std::function<void(const MapPoint &)>;
     void setFinishedCallback(const FinishedCallback &callback);
-<<<<<<< HEAD
-    /// The rows of the coordinates file, for whoever has them already; without them a run in that mode reads
-    /// the file.
-    void setCoordinatesTable(const CoordinatesTable &table);
-
-    /// Asked before each photo; once it says yes, no further photo is taken up, and the photos in hand are
-    /// finished.
-    void setStopRequest(const StopRequest &stopRequested);
-=======
->>>>>>> main
 
     /// Runs the batch and returns when every photo is done. Never to be called from the GUI thread with more
     /// than one photo, which it would block. `directory` is the root of the run.
@@ -111,19 +94,11 @@ public:
 private:
     ProcessOptions m_options;
     int m_threadCount = 0;
-<<<<<<< HEAD
-    PhotoPart m_part;
-    Journal *m_journal = nullptr;
-    FinishedCallback m_onFinished;
-    std::optional<CoordinatesTable> m_table;
-    StopRequest m_stopRequested;
-=======
     std::optional<CoordinatesTable> m_table;
     StopRequest m_stopRequested;
     PhotoPart m_part;
     Journal *m_journal = nullptr;
     FinishedCallback m_onFinished;
->>>>>>> main
     Summary m_summary;
 };
 
