@@ -1,23 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "photofiles.h"
+#include "support/lotefixture.h"
 
-#include <QDir>
 #include <QDirIterator>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <fcntl.h>
-#include <memory>
 #include <sys/file.h>
 #include <unistd.h>
 
 /// Work that is shared out among tasks of velmaro-lote, and tasks that go on after they were broken off.
-class JournalTest : public QObject
+class JournalTest : public LoteFixture
 {
     Q_OBJECT
 
@@ -30,15 +26,8 @@ private slots:
     void drawsTheMap();
 
 private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
-    void start(QProcess &process, const QString &arguments) const;
-    int run(const QString &arguments);
     QString results(const QString &folder) const;
     QJsonArray features(const QString &map) const;
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_output;
-    QString m_errors;
 };
 
 namespace
@@ -58,7 +47,7 @@ const QString journalName = QStringLiteral("salida/.velmaro-diario-1-de-1");
 // Thirty photos of as many colours, at three positions, in two folders.
 void JournalTest::init()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
+    startOver();
     for (const char *folder : {"fotos/sub", "salida", "una"})
         QDir().mkpath(path(QString::fromLatin1(folder)));
     for (int i = 0; i < 30; ++i) {
@@ -66,27 +55,6 @@ void JournalTest::init()
             path(QStringLiteral("fotos/%1%2.JPG").arg(i % 2 ? QString() : QStringLiteral("sub/")).arg(i)),
             plainImage({64, 48}, QColor::fromHsv(i * 12, 255, 255)), tagsAt(30 + i % 3));
     }
-}
-
-// `arguments` are separated by blanks, their paths relative to the folder of the test.
-void JournalTest::start(QProcess &process, const QString &arguments) const
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_folder->path());
-    process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(m_folder->path());
-    process.start(QStringLiteral(VELMARO_LOTE), arguments.split(u' ') + QStringList{QStringLiteral("fotos")});
-}
-
-int JournalTest::run(const QString &arguments)
-{
-    QProcess process;
-    start(process, arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return -1;
-    m_output = QString::fromUtf8(process.readAllStandardOutput());
-    m_errors = QString::fromUtf8(process.readAllStandardError());
-    return process.exitCode();
 }
 
 // The names in a folder, hidden ones included but for journals, and the hues of the pictures. Which of two
@@ -119,10 +87,11 @@ QJsonArray JournalTest::features(const QString &map) const
 
 void JournalTest::partsMakeTheWholeRun()
 {
-    QCOMPARE(run(QStringLiteral("--subcarpetas --salida una")), 0);
+    QCOMPARE(run("fotos --subcarpetas --salida una"), 0);
     QProcess tasks[3];
     for (int i = 0; i < 3; ++i)
-        start(tasks[i], QStringLiteral("--subcarpetas --salida salida --hilos 1 --parte %1/3").arg(i + 1));
+        start(tasks[i],
+              QStringLiteral("fotos --subcarpetas --salida salida --hilos 1 --parte %1/3").arg(i + 1));
     int photos = 0;
     for (QProcess &task : tasks) {
         QVERIFY(task.waitForFinished());
@@ -135,13 +104,12 @@ void JournalTest::partsMakeTheWholeRun()
 
 void JournalTest::goesOnWhereItWasKilled()
 {
-    QCOMPARE(run(QStringLiteral("--subcarpetas --salida una")), 0);
-    const QString task =
-        QStringLiteral("--subcarpetas --salida salida --hilos 2 --reanudar --geojson mapa.geojson");
+    QCOMPARE(run("fotos --subcarpetas --salida una"), 0);
+    const char *task = "fotos --subcarpetas --salida salida --hilos 2 --reanudar --geojson mapa.geojson";
     int kills = 0;
     for (int attempt = 0; attempt < 100; ++attempt) {
         QProcess process;
-        start(process, task);
+        start(process, QString::fromUtf8(task));
         if (process.waitForFinished(QRandomGenerator::global()->bounded(40, 90)))
             break;
         process.kill();
@@ -169,7 +137,7 @@ void JournalTest::goesOnWhereItWasKilled()
 // What lies in the output folder after a task was broken off, and what becomes of it.
 void JournalTest::takesBackWhatWasHalfDone()
 {
-    const QString task = QStringLiteral("--salida salida --reanudar");
+    const char *task = "fotos --salida salida --reanudar";
     QCOMPARE(run(task), 0);
     const QString before = results(QStringLiteral("salida"));
     const auto addToJournal = [this](const QByteArray &lines) {
@@ -181,12 +149,12 @@ void JournalTest::takesBackWhatWasHalfDone()
         QJsonDocument::fromJson(first.left(first.indexOf('\n'))).object()[u"marca"].toString().toLatin1();
 
     // renamed, but not stamped yet
-    writePhoto(path(QStringLiteral("fotos/x.jpg")), plainImage({64, 48}), tagsAt(40));
-    QVERIFY(QFile::copy(path(QStringLiteral("fotos/x.jpg")), path(QStringLiteral("salida/nuevo.jpg"))));
+    writePhoto(path("fotos/x.jpg"), plainImage({64, 48}), tagsAt(40));
+    QVERIFY(QFile::copy(path("fotos/x.jpg"), path("salida/nuevo.jpg")));
     // not renamed, since another photo has got that name
-    writePhoto(path(QStringLiteral("fotos/y.jpg")), plainImage({64, 48}), tagsAt(41));
-    QVERIFY(QFile::copy(path(QStringLiteral("fotos/y.jpg")), path(QStringLiteral("salida/y.jpg"))));
-    writeText(path(QStringLiteral("salida/otra.jpg")), "otra");
+    writePhoto(path("fotos/y.jpg"), plainImage({64, 48}), tagsAt(41));
+    QVERIFY(QFile::copy(path("fotos/y.jpg"), path("salida/y.jpg")));
+    writeText(path("salida/otra.jpg"), "otra");
     const QByteArray lines =
         "{'inicio':'x.jpg'}\n{'foto':'x.jpg','de':'x.jpg','nombre':'nuevo.jpg'}\n"
         "{'inicio':'y.jpg'}\n{'foto':'y.jpg','de':'y.jpg','nombre':'otra.jpg'}\n{'fin':'y.j";
@@ -195,11 +163,11 @@ void JournalTest::takesBackWhatWasHalfDone()
     writeText(
         path(QStringLiteral("salida/.velmaro-") + QString::fromLatin1(mark) + QStringLiteral("01234567")),
         "half");
-    writeText(path(QStringLiteral("salida/.velmaro-0000000001234567")), "half");
+    writeText(path("salida/.velmaro-0000000001234567"), "half");
 
     QCOMPARE(run(task), 0);
-    QCOMPARE(bytesOf(path(QStringLiteral("salida/otra.jpg"))), QByteArray("otra"));
-    QCOMPARE(bytesOf(path(QStringLiteral("salida/.velmaro-0000000001234567"))), QByteArray("half"));
+    QCOMPARE(bytesOf(path("salida/otra.jpg")), QByteArray("otra"));
+    QCOMPARE(bytesOf(path("salida/.velmaro-0000000001234567")), QByteArray("half"));
     for (const char *name : {"salida/otra.jpg", "salida/.velmaro-0000000001234567",
                              "salida/19G 357730 5570912.jpg", "salida/19F 359828 5459905.jpg"})
         QVERIFY2(QFile::remove(path(QString::fromLatin1(name))),
@@ -209,42 +177,42 @@ void JournalTest::takesBackWhatWasHalfDone()
 
 void JournalTest::refusesAnotherRun()
 {
-    QCOMPARE(run(QStringLiteral("--salida salida --reanudar --parte 1/2")), 0);
+    QCOMPARE(run("fotos --salida salida --reanudar --parte 1/2"), 0);
     const QString before = results(QStringLiteral("salida"));
     const auto refusal = [this](const char *arguments) {
-        return run(QString::fromUtf8(arguments)) == 2 ? m_errors : QStringLiteral("not refused");
+        return run(arguments) == 2 ? m_errors : QStringLiteral("not refused");
     };
-    QVERIFY(
-        refusal("--salida salida --reanudar --parte 1/3").contains(QLatin1String("otra cantidad de partes")));
-    QVERIFY(refusal("--salida salida --reanudar --parte 2/2 --prefijo p")
+    QVERIFY(refusal("fotos --salida salida --reanudar --parte 1/3")
+                .contains(QLatin1String("otra cantidad de partes")));
+    QVERIFY(refusal("fotos --salida salida --reanudar --parte 2/2 --prefijo p")
                 .contains(QLatin1String("otras opciones")));
-    QVERIFY(refusal("--salida salida --reanudar --parte 2/2 --calidad 50")
+    QVERIFY(refusal("fotos --salida salida --reanudar --parte 2/2 --calidad 50")
                 .contains(QLatin1String("otras opciones")));
 
-    const int journal = ::open(qPrintable(path(QStringLiteral("salida/.velmaro-diario-1-de-2"))), O_RDWR);
+    const int journal = ::open(qPrintable(path("salida/.velmaro-diario-1-de-2")), O_RDWR);
     QVERIFY(::flock(journal, LOCK_EX | LOCK_NB) == 0);
-    QVERIFY(refusal("--salida salida --reanudar --parte 1/2").contains(QLatin1String("Otra tarea")));
+    QVERIFY(refusal("fotos --salida salida --reanudar --parte 1/2").contains(QLatin1String("Otra tarea")));
     ::close(journal);
     QCOMPARE(results(QStringLiteral("salida")), before);
 }
 
 void JournalTest::drawsTheMap()
 {
-    QVERIFY(QDir(path(QStringLiteral("fotos/sub"))).removeRecursively());
-    QVERIFY(QDir(path(QStringLiteral("fotos"))).removeRecursively());
-    QDir().mkpath(path(QStringLiteral("fotos")));
-    writePhoto(path(QStringLiteral("fotos/a.jpg")), plainImage({64, 48}), gpsTags());
-    writePhoto(path(QStringLiteral("fotos/b.jpg")), plainImage({64, 48}),
+    QVERIFY(QDir(path("fotos/sub")).removeRecursively());
+    QVERIFY(QDir(path("fotos")).removeRecursively());
+    QDir().mkpath(path("fotos"));
+    writePhoto(path("fotos/a.jpg"), plainImage({64, 48}), gpsTags());
+    writePhoto(path("fotos/b.jpg"), plainImage({64, 48}),
                {{"Exif.Photo.DateTimeOriginal", "2024:03:05 14:07:10"}});
-    writeText(path(QStringLiteral("perfil.json")), "{}");
-    QCOMPARE(run(QStringLiteral("--salida salida --geojson perfil.json")), 2);
+    writeText(path("perfil.json"), "{}");
+    QCOMPARE(run("fotos --salida salida --geojson perfil.json"), 2);
     QVERIFY2(m_errors.contains(QLatin1String("no es un mapa GeoJSON")), qPrintable(m_errors));
     for (int time = 0; time < 2; ++time) {
-        QCOMPARE(run(QStringLiteral("--salida salida --geojson mapa.geojson --hilos 1")), 0);
-        QDir(path(QStringLiteral("salida"))).removeRecursively();
-        QDir().mkpath(path(QStringLiteral("salida")));
+        QCOMPARE(run("fotos --salida salida --geojson mapa.geojson --hilos 1"), 0);
+        QDir(path("salida")).removeRecursively();
+        QDir().mkpath(path("salida"));
     }
-    QByteArray map = bytesOf(path(QStringLiteral("mapa.geojson")));
+    QByteArray map = bytesOf(path("mapa.geojson"));
     map.replace(m_folder->path().toUtf8(), ".");
     map.replace('"', '\'');
     QCOMPARE(map,
