@@ -1,20 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// Times of single parts of the work, each as the median of several runs.
+// Processor times of single parts of the work, each as the median of several runs.
 
 #include "data/coordinatesfile.h"
 #include "data/runrequest.h"
+#include "processing/jpegcodec.h"
+#include "processing/jpegcoefficients.h"
+#include "processing/photometadata.h"
 #include "render/fontregistry.h"
 #include "render/overlay.h"
 #include "samplephotos.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 
 namespace
@@ -26,10 +29,9 @@ double medianMilliseconds(const std::function<void()> &part)
 {
     QList<double> times;
     for (int run = 0; run < runs; ++run) {
-        QElapsedTimer timer;
-        timer.start();
+        const std::clock_t start = std::clock();
         part();
-        times << static_cast<double>(timer.nsecsElapsed()) / 1e6;
+        times << 1e3 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
     }
     std::sort(times.begin(), times.end());
     return times[runs / 2];
@@ -66,24 +68,90 @@ void measureCoordinatesFile(int rows)
     report("coordinates file of 100,000 rows", time);
 }
 
+// What the overlays need, with the settings of the first start.
+struct Stamp {
+    Stamp()
+    {
+        RunRequest request;
+        request.preset = Preset::atStart();
+        options = request.options();
+        options.logoRatio = request.preset.logoRatio;
+        data.dateTime = QDateTime(QDate(2026, 3, 14), QTime(9, 12, 5));
+        data.utm = {19, 'G', 377695.95, 6308339.97};
+        data.orientation = 42.5;
+        data.altitude = 2347.2;
+    }
+
+    Overlay overlay(QSize size) const
+    {
+        return Overlay(size, data, options,
+                       {&logo, registeredFontFamily(options.fontPath).value_or(QString())}, {});
+    }
+
+    ProcessOptions options;
+    OverlayData data;
+    Logo logo{paintLogo(400)};
+};
+
 void measureOverlay(const QImage &photo, int compassStyle)
 {
-    RunRequest request;
-    request.preset = Preset::atStart();
-    ProcessOptions options = request.options();
-    options.logoRatio = request.preset.logoRatio;
-    options.compassStyle = compassStyle;
-    OverlayData data;
-    data.dateTime = QDateTime(QDate(2026, 3, 14), QTime(9, 12, 5));
-    data.utm = {19, 'G', 377695.95, 6308339.97};
-    data.orientation = 42.5;
-    data.altitude = 2347.2;
-    const Logo logo(paintLogo(400));
-    const OverlayResources resources{&logo, registeredFontFamily(options.fontPath).value_or(QString())};
+    Stamp stamp;
+    stamp.options.compassStyle = compassStyle;
     QImage image = photo.copy();
-    const double time =
-        medianMilliseconds([&] { drawOverlay(image, data, options, resources, [](const QString &) {}); });
+    const double time = medianMilliseconds([&] { stamp.overlay(image.size()).paint(image); });
     report(qPrintable(QStringLiteral("overlay on 12 megapixels, compass style %1").arg(compassStyle)), time);
+}
+
+// The two ways of a photo and their phases, beside decoding and encoding alone.
+void measureWays(const QByteArray &photo)
+{
+    PixelBuffers buffers;
+    QString error;
+    const Stamp stamp;
+    const QImage image = decodedJpeg(photo, 2048, buffers);
+    if (image.isNull())
+        qFatal("no JPEG");
+    const ChromaSampling sampling = jpegFormatOf(photo).sampling;
+    const Overlay overlay = stamp.overlay(image.size());
+    const Overlay nothing(image.size(), {}, {}, {}, {});
+    const auto coefficients = [&](const Overlay &painted, bool keepTables) {
+        return medianMilliseconds([&] {
+            if (!stampedByCoefficients(photo, painted, {90, keepTables, {}}, buffers))
+                qFatal("the photo was refused");
+        });
+    };
+    const double decoding = medianMilliseconds([&] { decodedJpeg(photo, 2048, buffers); });
+    const double encoding = medianMilliseconds([&] { encodedJpeg(image, 90, sampling, &error); });
+    const double layout = medianMilliseconds([&] { stamp.overlay(image.size()); });
+    const double pixels = medianMilliseconds([&] {
+        QImage painted = decodedJpeg(photo, 2048, buffers);
+        overlay.paint(painted);
+        encodedJpeg(painted, 90, sampling, &error);
+    });
+    const double stamped = coefficients(overlay, false);
+    const double requantised = coefficients(nothing, false);
+    const double kept = coefficients(overlay, true);
+    const double copied = coefficients(nothing, true);
+    const PhotoMetadata metadata = readMetadata(photo, &error).value();
+    const double reading = medianMilliseconds([&] { readMetadata(photo, &error); });
+    const double writing = medianMilliseconds([&] { withMetadata(photo, metadata, &error); });
+
+    std::printf("\nOne photo of %d × %d pixels; the floor is decoding and encoding\n", image.width(),
+                image.height());
+    const auto share = [floor = decoding + encoding](const char *part, double milliseconds) {
+        std::printf("%-44s %9.2f ms %6.2f of the floor\n", part, milliseconds, milliseconds / floor);
+    };
+    share("decode", decoding);
+    share("encode", encoding);
+    share("lay the overlay out", layout);
+    share("through pixels, painted", pixels);
+    share("by coefficients, quality 90", stamped);
+    share("  of it entropy coding and requantising", requantised);
+    share("  of it pieces", stamped - requantised);
+    share("by coefficients, the photo's own tables", kept);
+    share("  of it entropy coding", copied);
+    share("read metadata", reading);
+    share("put metadata in", writing);
 }
 
 } // namespace
@@ -96,4 +164,10 @@ int main(int argc, char *argv[])
     const QImage photo = paintLandscape({4000, 3000}, 1);
     for (int style = 0; style < 4; ++style)
         measureOverlay(photo, style);
+    if (argc > 1) {
+        QFile file(QString::fromLocal8Bit(argv[1]));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("cannot read %s", argv[1]);
+        measureWays(file.readAll());
+    }
 }

@@ -56,6 +56,7 @@ private slots:
     void startsWithTheWindowsDefaults();
     void takesProfileAndOptions();
     void worksInThreads();
+    void keepsTheOriginalQuality();
     void tellsWhatWasLeft();
     void goesOnWithoutListeners();
     void knowsMountedFolders();
@@ -205,6 +206,26 @@ void VelmaroLoteTest::worksInThreads()
         }
     }
     QVERIFY2(threads[1] - threads[0] > 8, qPrintable(QString::number(threads[1])));
+}
+
+// A JPEG keeps its tables, another format says that it could not.
+void VelmaroLoteTest::keepsTheOriginalQuality()
+{
+    const QString jpeg = path("fotos/a.jpg");
+    writePhoto(jpeg, plainImage({800, 600}), gpsTags());
+    writePhoto(path("fotos/b.png"), plainImage({800, 600}));
+    const auto tablesOf = [](const QByteArray &file) {
+        return file.mid(file.lastIndexOf("\xff\xdb") - 69, 138);
+    };
+    const QByteArray tables = tablesOf(bytesOf(jpeg));
+    QCOMPARE(run("fotos --calidad original"), 0);
+    const QString result = path("fotos/19G 345093 6297582.jpg");
+    QCOMPARE(tablesOf(bytesOf(result)), tables);
+    QVERIFY(QImage(result).pixelColor(780, 580) !=
+            plainImage({1, 1}).pixelColor(0, 0)); // the box of the text
+    const QString line = QStringLiteral("No se pudo dejar intacto lo que rodea al sello en ");
+    QVERIFY(m_output.contains(line + QStringLiteral("19J 500000 6000000.jpg: se guarda con calidad 100.")));
+    QCOMPARE(m_output.count(line), 1);
 }
 
 void VelmaroLoteTest::tellsWhatWasLeft()

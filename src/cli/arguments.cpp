@@ -37,7 +37,8 @@ constexpr OptionRow optionRows[] = {
     {"sin-respaldo", nullptr, "No guarda copia de las fotos originales."},
     {"sin-incrustar", nullptr, "No incrusta los datos del archivo de coordenadas en el EXIF."},
     {"prefijo", "TEXTO", "Agrega el prefijo al nombre."},
-    {"calidad", "N", "Calidad JPEG, 1 a 100 (sin ella, la de la configuración)."},
+    {"calidad", "N",
+     "Calidad JPEG, 1 a 100 (sin ella, la de la configuración), u «original»: sin pérdida fuera del sello."},
     {"hilos", "N", "Hilos de trabajo (sin ella, los del equipo)."},
     {"parte", "K/N", "Hace solo la parte K de N, para repartir el trabajo entre tareas (con --salida)."},
     {"reanudar", nullptr, "Lleva un diario y sigue donde quedó la tarea interrumpida (con --salida)."},
@@ -136,10 +137,11 @@ RunRequest requestFrom(const QCommandLineParser &parser, const Preset &preset)
 QString readNumbers(const QCommandLineParser &parser, BatchRequest &request)
 {
     constexpr int highest = std::numeric_limits<int>::max();
-    if (isSet(parser, "calidad")) {
+    request.options.lossless = valueOf(parser, "calidad") == QLatin1String("original");
+    if (isSet(parser, "calidad") && !request.options.lossless) {
         const std::optional<int> quality = wholeNumber(valueOf(parser, "calidad"), 1, 100);
         if (!quality)
-            return QStringLiteral("La calidad debe ser un número entero de 1 a 100.");
+            return QStringLiteral("La calidad debe ser un número entero de 1 a 100, u «original».");
         request.options.jpegQuality = *quality;
     }
     if (isSet(parser, "hilos")) {
@@ -169,7 +171,7 @@ QJsonObject resultsOf(const BatchRequest &request, const Preset &preset)
     results[QStringLiteral("logo")] = !request.options.logoPath.isEmpty();
     results[QStringLiteral("exif")] = request.options.useExif;
     results[QStringLiteral("incrustar")] = request.options.embedCsvInExif;
-    results[QStringLiteral("calidad")] = request.options.jpegQuality;
+    results[QStringLiteral("calidad")] = request.options.lossless ? -1 : request.options.jpegQuality;
     return results;
 }
 

@@ -45,6 +45,9 @@ struct RunOptions {
         false; ///< write the results into `outputFolder` instead of changing the photos in place
     QString outputFolder;
     int jpegQuality = 90; ///< 1 to 100
+
+    /// Outside the stamp a JPEG stays as it was, to the coefficient; one that cannot is saved at quality 100.
+    bool lossless = false;
 };
 
 /// What one run does to its photos.

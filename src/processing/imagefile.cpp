@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/imagefile.h"
 
-#include "processing/jpegcodec.h"
 #include "processing/jpegsegments.h"
 
 #include <QBuffer>
@@ -33,12 +32,6 @@ QImage laidOnWhite(const QImage &image)
     opaque.setColorSpace(image.colorSpace());
     QPainter(&opaque).drawImage(0, 0, image);
     return opaque;
-}
-
-int encoderQuality(int quality)
-{
-    constexpr int usual = 75;
-    return quality < 0 ? usual : qBound(1, quality, 100);
 }
 
 } // namespace
@@ -77,15 +70,27 @@ int pageCount(const QByteArray &file)
     return QImageReader(&buffer).imageCount();
 }
 
-std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
-                                       QString *error)
+bool isCredible(QSize size)
 {
-    const QByteArray format = suffix.toLower().toLatin1();
-    if (format == "jpg" || format == "jpeg") {
+    return !size.isEmpty() &&
+           qint64(size.width()) * size.height() * 4 <= qint64(decodingLimitMegabytes) * 1024 * 1024;
+}
+
+bool isJpegSuffix(const QString &suffix)
+{
+    return suffix.compare(QLatin1String("jpg"), Qt::CaseInsensitive) == 0 ||
+           suffix.compare(QLatin1String("jpeg"), Qt::CaseInsensitive) == 0;
+}
+
+std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
+                                       ChromaSampling sampling, QString *error)
+{
+    if (isJpegSuffix(suffix)) {
         const QImage opaque = image.hasAlphaChannel() ? laidOnWhite(image) : image;
-        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), encoderQuality(quality), error);
+        return encodedJpeg(opaque.convertToFormat(QImage::Format_RGB32), quality, sampling, error);
     }
 
+    const QByteArray format = suffix.toLower().toLatin1();
     QByteArray encoded;
     QBuffer buffer(&encoded);
     buffer.open(QIODevice::WriteOnly);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "processing/jpegcodec.h"
 #include "processing/pixelbuffers.h"
 
 #include <QByteArray>
@@ -20,8 +21,14 @@ QImage readImage(const QString &path, PixelBuffers &buffers);
 /// How many images a file holds, as far as Qt can tell.
 int pageCount(const QByteArray &file);
 
-/// Encodes `image` in a format named as a file suffix is ("jpg", "JPEG", "tiff", "png"). `quality` counts for
-/// JPEG: 1 to 100; what is below 0 is 75, what is above 100 is 100, as in Qt's image writer. For JPEG an
-/// image with transparency is laid on white. Nothing, with the reason in `error`, on failure.
+/// Whether an image of this size in pixels may be decoded; what claims more is not believed.
+bool isCredible(QSize size);
+
+/// Whether a file name suffix means JPEG.
+bool isJpegSuffix(const QString &suffix);
+
+/// Encodes `image` in a format named as a file suffix is ("jpg", "JPEG", "tiff", "png"). `quality` and
+/// `sampling` count for JPEG, see `encodedJpeg`. For JPEG an image with transparency is laid on white.
+/// Nothing, with the reason in `error`, on failure.
 std::optional<QByteArray> encodedImage(const QImage &image, const QString &suffix, int quality,
-                                       QString *error);
+                                       ChromaSampling sampling, QString *error);

@@ -3,6 +3,8 @@
 
 #include <QtEndian>
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <turbojpeg.h>
 
@@ -11,6 +13,9 @@ namespace
 
 // The bytes of a Format_RGB32 pixel in memory.
 constexpr TJPF paintedPixel = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? TJPF_BGRA : TJPF_ARGB;
+
+// In the order of ChromaSampling.
+constexpr std::array<int, 4> samplings{TJSAMP_444, TJSAMP_422, TJSAMP_440, TJSAMP_420};
 
 struct HandleDeleter {
     void operator()(void *handle) const { tjDestroy(handle); }
@@ -97,7 +102,29 @@ QImage decodedJpeg(const QByteArray &encoded, int limitMegabytes, PixelBuffers &
     return image;
 }
 
-std::optional<QByteArray> encodedJpeg(const QImage &image, int quality, QString *error)
+JpegFormat jpegFormatOf(const QByteArray &encoded)
+{
+    const Handle handle(tjInitDecompress());
+    JpegFormat format;
+    int sampling = 0;
+    int colours = 0;
+    if (tjDecompressHeader3(handle.get(), bytesOf(encoded), static_cast<unsigned long>(encoded.size()),
+                            &format.size.rwidth(), &format.size.rheight(), &sampling, &colours) != 0)
+        return {};
+    const auto *known = std::find(samplings.begin(), samplings.end(), sampling);
+    if (known != samplings.end())
+        format.sampling = static_cast<ChromaSampling>(known - samplings.begin());
+    return format;
+}
+
+int encoderQuality(int quality)
+{
+    constexpr int usual = 75;
+    return quality < 0 ? usual : std::clamp(quality, 1, 100);
+}
+
+std::optional<QByteArray> encodedJpeg(const QImage &image, int quality, ChromaSampling sampling,
+                                      QString *error)
 {
     Q_ASSERT(image.format() == QImage::Format_RGB32);
     const Handle handle(tjInitCompress());
@@ -105,7 +132,8 @@ std::optional<QByteArray> encodedJpeg(const QImage &image, int quality, QString 
     unsigned long size = 0;
     const int result =
         tjCompress2(handle.get(), image.constBits(), image.width(), static_cast<int>(image.bytesPerLine()),
-                    image.height(), paintedPixel, &buffer, &size, TJSAMP_420, quality, TJFLAG_ACCURATEDCT);
+                    image.height(), paintedPixel, &buffer, &size, samplings[static_cast<size_t>(sampling)],
+                    encoderQuality(quality), TJFLAG_ACCURATEDCT);
     const std::unique_ptr<uchar, decltype(&tjFree)> owner(buffer, tjFree);
     if (result != 0) {
         *error = QString::fromUtf8(tjGetErrorStr2(handle.get()));

@@ -3,10 +3,7 @@
 
 #include "processing/exifreader.h"
 #include "processing/exifwriter.h"
-#include "processing/imagefile.h"
-#include "render/uprightimage.h"
 
-#include <QColorSpace>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -22,28 +19,6 @@ QString general(double number)
 QString nativePath(const QString &path)
 {
     return QString::fromStdString(qPathToNativeStdString(path));
-}
-
-// The density that a camera's photo has in its tags alone must not be contradicted by one that the writer
-// makes up.
-void settleDensity(QImage &image, const PhotoMetadata &metadata)
-{
-    const QImage unclaimed(1, 1, QImage::Format_RGB32);
-    if (image.dotsPerMeterX() != unclaimed.dotsPerMeterX() ||
-        image.dotsPerMeterY() != unclaimed.dotsPerMeterY())
-        return;
-    constexpr QSize exifDefault(2835, 2835); // 72 dpi
-    const QSize dotsPerMeter = dotsPerMeterOf(metadata.exif).value_or(exifDefault);
-    image.setDotsPerMeterX(dotsPerMeter.width());
-    image.setDotsPerMeterY(dotsPerMeter.height());
-}
-
-// Takes from the metadata what an image says about its pixels.
-void describe(QImage &image, const PhotoMetadata &metadata)
-{
-    settleDensity(image, metadata);
-    if (metadata.hasForeignProfile)
-        image.setColorSpace(QColorSpace());
 }
 
 // What the map shows of a photo, its paths still missing. A position that is none has no place on it.
@@ -111,15 +86,13 @@ PhotoPipeline::Outcome PhotoPipeline::process()
     const std::optional<PhotoData> data = settled(metadata);
     if (!data || (m_options.renamePhotos && !m_file.rename(utmName(data->overlay.utm))))
         return Outcome::Left;
-    QImage image = decodedImage(m_source, m_run.buffers);
-    if (image.isNull()) {
+    const QString suffix = QFileInfo(m_file.path()).suffix();
+    const StampedPicture picture = stampedPicture(m_source, metadata, data->overlay, suffix, m_run);
+    if (!picture.isImage) {
         write(QStringLiteral("Error al abrir la imagen: ") + m_file.path());
         return Outcome::Left;
     }
-    describe(image, metadata);
-    QString error;
-    const std::optional<QByteArray> picture = paintedPicture(std::move(image), *data, &error);
-    return save(picture, metadataToWrite(metadata, *data, picture.has_value()), error);
+    return save(picture, metadataToWrite(metadata, *data, picture.encoded.has_value()));
 }
 
 PhotoMetadata PhotoPipeline::readSource()
@@ -211,15 +184,6 @@ QString PhotoPipeline::utmName(const UtmPosition &utm) const
     return m_options.usePrefix ? m_options.prefix + name : name;
 }
 
-std::optional<QByteArray> PhotoPipeline::paintedPicture(QImage image, const PhotoData &data,
-                                                        QString *error) const
-{
-    if (data.overlay.exifOrientation != data.storedOrientation)
-        image = turnedUpright(image, data.storedOrientation);
-    drawOverlay(image, data.overlay, m_options, m_run.resources, m_run.log);
-    return encodedImage(image, QFileInfo(m_file.path()).suffix(), m_options.jpegQuality, error);
-}
-
 QString PhotoPipeline::fileName() const
 {
     return QFileInfo(m_file.path()).fileName();
@@ -246,17 +210,17 @@ PhotoMetadata PhotoPipeline::metadataToWrite(const PhotoMetadata &original, cons
 
 // The file is replaced once, image and metadata together; the lines still tell of the two steps one after the
 // other. Without a painted picture the photo's own bytes go on, and only fresh tags change them.
-PhotoPipeline::Outcome PhotoPipeline::save(const std::optional<QByteArray> &picture,
-                                           const PhotoMetadata &metadata, QString imageError)
+PhotoPipeline::Outcome PhotoPipeline::save(const StampedPicture &picture, const PhotoMetadata &metadata)
 {
+    QString imageError = picture.error;
     QString metadataError;
-    PhotoContents contents{picture.value_or(m_source), {}};
-    if (picture || metadata.isFresh) {
+    PhotoContents contents{picture.encoded.value_or(m_source), {}};
+    if (picture.encoded || metadata.isFresh) {
         if (std::optional<PhotoContents> complete = withMetadata(contents.bytes, metadata, &metadataError))
             contents = std::move(*complete);
     }
     QString writeError;
-    const bool isNew = contents.bytes != m_source || (picture && m_file.isWaiting());
+    const bool isNew = contents.bytes != m_source || (picture.encoded && m_file.isWaiting());
     if (isNew && !m_file.replace(contents.bytes, &writeError)) {
         imageError = imageError.isEmpty() ? writeError : imageError;
         metadataError = metadataError.isEmpty() ? writeError : metadataError;
@@ -265,7 +229,12 @@ PhotoPipeline::Outcome PhotoPipeline::save(const std::optional<QByteArray> &pict
     if (!imageError.isEmpty())
         write(QStringLiteral("Error guardando la imagen: ") + imageError);
     write(QStringLiteral("Intentando escribir EXIF a (nativo): ") + nativePath(m_file.path()));
-    if (picture && !contents.lost.isEmpty()) {
+    if (picture.encoded && m_options.lossless && !picture.isLossless) {
+        write(
+            QStringLiteral("No se pudo dejar intacto lo que rodea al sello en %1: se guarda con calidad 100.")
+                .arg(fileName()));
+    }
+    if (picture.encoded && !contents.lost.isEmpty()) {
         write(QStringLiteral("No se conserva en %1: %2")
                   .arg(fileName(), contents.lost.join(QStringLiteral(", "))));
     }

@@ -4,6 +4,7 @@
 #include "data/geojson.h"
 #include "processing/photofile.h"
 #include "processing/photometadata.h"
+#include "processing/stampedpicture.h"
 #include "render/overlay.h"
 
 #include <QStringList>
@@ -52,9 +53,8 @@ private:
     void settleFromExif(const PhotoMetadata &metadata, OverlayData &data);
     bool settleFromTable(OverlayData &data);
     QString utmName(const UtmPosition &utm) const;
-    std::optional<QByteArray> paintedPicture(QImage image, const PhotoData &data, QString *error) const;
     PhotoMetadata metadataToWrite(const PhotoMetadata &original, const PhotoData &data, bool painted);
-    Outcome save(const std::optional<QByteArray> &picture, const PhotoMetadata &metadata, QString imageError);
+    Outcome save(const StampedPicture &picture, const PhotoMetadata &metadata);
 
     QString fileName() const;
     bool writesFreshTags() const;

@@ -50,6 +50,22 @@ struct PixelBuffers::Shelf {
 };
 
 struct PixelBuffers::Lease {
+    Lease(const std::shared_ptr<Shelf> &from, size_t size)
+        : shelf(from)
+        , buffer(from->take(size))
+    {
+        if (!buffer.bytes) {
+            buffer.bytes.reset(static_cast<uchar *>(std::malloc(size)));
+            buffer.size = size;
+        }
+    }
+    ~Lease()
+    {
+        if (buffer.bytes)
+            shelf->put(std::move(buffer));
+    }
+    Q_DISABLE_COPY_MOVE(Lease)
+
     std::shared_ptr<Shelf> shelf;
     Buffer buffer;
 };
@@ -61,26 +77,26 @@ PixelBuffers::PixelBuffers()
 
 PixelBuffers::~PixelBuffers() = default;
 
+std::shared_ptr<uchar> PixelBuffers::memory(size_t size)
+{
+    const auto lease = std::make_shared<Lease>(m_shelf, size);
+    return {lease, lease->buffer.bytes.get()};
+}
+
 QImage PixelBuffers::image(QSize size)
 {
     constexpr size_t pixelBytes = 4;
     if (size.isEmpty())
         return {};
-    const size_t needed = pixelBytes * static_cast<size_t>(size.width()) * static_cast<size_t>(size.height());
-    auto lease = std::make_unique<Lease>(Lease{m_shelf, m_shelf->take(needed)});
-    if (!lease->buffer.bytes) {
-        lease->buffer.bytes.reset(static_cast<uchar *>(std::malloc(needed)));
-        lease->buffer.size = needed;
-    }
-    uchar *bytes = lease->buffer.bytes.get();
+    using Memory = std::shared_ptr<uchar>;
+    auto held = std::make_unique<Memory>(
+        memory(pixelBytes * static_cast<size_t>(size.width()) * static_cast<size_t>(size.height())));
+    uchar *bytes = held->get();
     if (!bytes)
         return {};
+    const auto release = [](void *memory) {
+        delete static_cast<Memory *>(memory);
+    };
     return QImage(bytes, size.width(), size.height(), static_cast<qsizetype>(pixelBytes) * size.width(),
-                  QImage::Format_RGB32, giveBack, lease.release());
-}
-
-void PixelBuffers::giveBack(void *lease)
-{
-    const std::unique_ptr<Lease> owned(static_cast<Lease *>(lease));
-    owned->shelf->put(std::move(owned->buffer));
+                  QImage::Format_RGB32, release, held.release());
 }

@@ -92,91 +92,150 @@ QMap<CornerPosition, QStringList> textBlocks(const OverlayData &data, const Proc
 
 void drawBox(QPainter &painter, const QRect &box)
 {
-    painter.save();
     painter.setPen(QPen(Qt::white, 2.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     painter.setBrush(QColor(211, 211, 211, 128));
     painter.drawRoundedRect(box, 6.0, 6.0, Qt::AbsoluteSize);
-    painter.restore();
 }
 
-void drawTextBlock(QPainter &painter, const QFontMetrics &metrics, QSize canvas,
-                   const CornerPosition &position, const QStringList &lines, bool withBox)
+// The metrics of a font on a device as PaintDensity makes it.
+QFontMetrics metricsAt96Dpi(const QFont &font)
 {
+    QImage device(1, 1, QImage::Format_RGB32);
+    const PaintDensity density(device);
+    return QFontMetrics(font, &device);
+}
+
+} // namespace
+
+Overlay::Overlay(QSize stored, const OverlayData &data, const ProcessOptions &options,
+                 const OverlayResources &resources, const LogCallback &log)
+    : m_picture(QPoint(0, 0), stored)
+    , m_canvas(displayedSize(stored, data.exifOrientation))
+    , m_orientation(data.exifOrientation)
+    , m_toStored(displayedToStored(stored, data.exifOrientation))
+{
+    if (stored.isEmpty())
+        return;
+    if (options.logoRatio > 0 && resources.logo && !resources.logo->isNull())
+        addLogo(options, *resources.logo);
+    if (options.drawData)
+        addText(data, options, resources.fontFamily);
+    if (options.addCompass && data.orientation) {
+        if (log)
+            log(QStringLiteral("Dibujando rosa con orientación ") +
+                QString::number(*data.orientation, 'g', 6));
+        addCompass(*data.orientation, options);
+    }
+}
+
+void Overlay::add(const QRect &displayed, const std::function<void(QPainter &)> &paint)
+{
+    const QRect area = m_toStored.mapRect(displayed) & m_picture;
+    if (!area.isEmpty())
+        m_elements.append({area, paint});
+}
+
+// Pictures are turned here, once, and not while they are painted: blending turned pixels rounds in a way that
+// depends on where a piece begins.
+void Overlay::addPicture(const QImage &picture, QPoint place)
+{
+    const QRect displayed(place, picture.size());
+    const QImage stored = turnedAsStored(picture, m_orientation);
+    const QPoint storedPlace = m_toStored.mapRect(displayed).topLeft();
+    add(displayed, [stored, storedPlace, toDisplayed = m_toStored.inverted()](QPainter &painter) {
+        painter.setTransform(toDisplayed, true);
+        painter.drawImage(storedPlace, stored);
+    });
+}
+
+void Overlay::addLogo(const ProcessOptions &options, const Logo &logo)
+{
+    const QSize size = logo.sizeFor(options.logoRatio, m_canvas.width());
+    const QImage scaled = logo.scaled(size);
+    if (!scaled.isNull())
+        addPicture(scaled, cornerPlace(options.logoPosition, Corner::TopLeft, m_canvas, size));
+}
+
+void Overlay::addText(const OverlayData &data, const ProcessOptions &options, const QString &fontFamily)
+{
+    QFont font = overlayFont(fontFamily);
+    font.setPointSize(std::max(10, truncated(options.fontSizeRatio * m_canvas.height())));
+    const QMap<CornerPosition, QStringList> blocks = textBlocks(data, options);
+    for (auto block = blocks.cbegin(); block != blocks.cend(); ++block)
+        addTextBlock(font, block.key(), block.value(), options);
+}
+
+void Overlay::addTextBlock(const QFont &font, const CornerPosition &position, const QStringList &lines,
+                           const ProcessOptions &options)
+{
+    const QFontMetrics metrics = metricsAt96Dpi(font);
     const bool right = position.contains(QLatin1String("derecha"));
     const bool bottom = position.contains(QLatin1String("abajo"));
     const int lineStep = metrics.height() + 5;
     const int blockHeight = static_cast<int>(lines.size()) * lineStep;
 
-    if (withBox) {
+    if (options.bgText) {
         int widest = 0;
         for (const QString &line : lines)
             widest = std::max(widest, metrics.horizontalAdvance(line));
-        drawBox(painter,
-                QRect(right ? canvas.width() - 35 - widest : 15,
-                      bottom ? canvas.height() - blockHeight - 25 : 20, widest + 20, blockHeight + 5));
+        const QRect box(right ? m_canvas.width() - 35 - widest : 15,
+                        bottom ? m_canvas.height() - blockHeight - 25 : 20, widest + 20, blockHeight + 5);
+        // Half of the outline lies outside.
+        add(box.adjusted(-1, -1, 1, 1), [box](QPainter &painter) { drawBox(painter, box); });
     }
 
-    int baseline = (bottom ? canvas.height() - blockHeight - 20 : 25) + metrics.ascent();
+    QPoint start(25, (bottom ? m_canvas.height() - blockHeight - 20 : 25) + metrics.ascent());
     for (const QString &line : lines) {
-        painter.drawText(right ? canvas.width() - 25 - metrics.horizontalAdvance(line) : 25, baseline, line);
-        baseline += lineStep;
+        if (right)
+            start.setX(m_canvas.width() - 25 - metrics.horizontalAdvance(line));
+        const auto paint = [font, colour = options.fontColor, start, line](QPainter &painter) {
+            painter.setFont(font);
+            painter.setPen(colour);
+            painter.drawText(start, line);
+        };
+        // The pixel around it is for smoothed edges.
+        add(metrics.boundingRect(line).translated(start).adjusted(-1, -1, 1, 1), paint);
+        start.ry() += lineStep;
     }
 }
 
-void drawText(QPainter &painter, QSize canvas, const OverlayData &data, const ProcessOptions &options,
-              const QString &fontFamily)
+void Overlay::addCompass(double orientation, const ProcessOptions &options)
 {
-    QFont font = overlayFont(fontFamily);
-    font.setPointSize(std::max(10, truncated(options.fontSizeRatio * canvas.height())));
-    painter.setFont(font);
-    painter.setPen(options.fontColor);
-
-    const QFontMetrics metrics(font, painter.device());
-    const QMap<CornerPosition, QStringList> blocks = textBlocks(data, options);
-    for (auto block = blocks.cbegin(); block != blocks.cend(); ++block)
-        drawTextBlock(painter, metrics, canvas, block.key(), block.value(), options.bgText);
-}
-
-void drawLogo(QPainter &painter, QSize canvas, const ProcessOptions &options, const Logo &logo)
-{
-    const QSize size = logo.sizeFor(options.logoRatio, canvas.width());
-    const QImage scaled = logo.scaled(size);
-    if (!scaled.isNull())
-        painter.drawImage(cornerPlace(options.logoPosition, Corner::TopLeft, canvas, size), scaled);
-}
-
-void drawCompass(QPainter &painter, QSize canvas, double orientation, const ProcessOptions &options)
-{
-    const int size = truncated(options.compassRatio * std::min(canvas.width(), canvas.height()));
+    const int size = truncated(options.compassRatio * std::min(m_canvas.width(), m_canvas.height()));
     const QImage rose =
         drawCompassRose(size, orientation, options.compassRatio, options.fontPath, options.rotateCompass,
                         options.compassStyle, options.compassArrowColor);
     if (!rose.isNull())
-        painter.drawImage(cornerPlace(options.compassPosition, Corner::BottomRight, canvas, rose.size()),
-                          rose);
+        addPicture(rose, cornerPlace(options.compassPosition, Corner::BottomRight, m_canvas, rose.size()));
 }
 
-} // namespace
+QList<QRect> Overlay::areas() const
+{
+    QList<QRect> areas;
+    for (const Element &element : m_elements)
+        areas.append(element.area);
+    return areas;
+}
+
+void Overlay::paint(QImage &image, QPoint topLeft) const
+{
+    const QRect piece(topLeft, image.size());
+    const PaintDensity density(image);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setTransform(m_toStored * QTransform::fromTranslate(-topLeft.x(), -topLeft.y()));
+    for (const Element &element : m_elements) {
+        if (!element.area.intersects(piece))
+            continue;
+        painter.save();
+        element.paint(painter);
+        painter.restore();
+    }
+}
 
 void drawOverlay(QImage &image, const OverlayData &data, const ProcessOptions &options,
                  const OverlayResources &resources, const LogCallback &log)
 {
-    if (image.isNull())
-        return;
-    const PaintDensity density(image);
-    const QSize canvas = displayedSize(image.size(), data.exifOrientation);
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setTransform(displayedToStored(image.size(), data.exifOrientation));
-
-    if (options.logoRatio > 0 && resources.logo && !resources.logo->isNull())
-        drawLogo(painter, canvas, options, *resources.logo);
-    if (options.drawData)
-        drawText(painter, canvas, data, options, resources.fontFamily);
-    if (options.addCompass && data.orientation) {
-        if (log)
-            log(QStringLiteral("Dibujando rosa con orientación ") +
-                QString::number(*data.orientation, 'g', 6));
-        drawCompass(painter, canvas, *data.orientation, options);
-    }
+    if (!image.isNull())
+        Overlay(image.size(), data, options, resources, log).paint(image);
 }

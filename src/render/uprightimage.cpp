@@ -67,3 +67,9 @@ QImage turnedUpright(const QImage &image, int orientation)
     }
     return upright;
 }
+
+QImage turnedAsStored(const QImage &upright, int orientation)
+{
+    // Quarter turns undo each other; every other orientation undoes itself.
+    return turnedUpright(upright, orientation == 6 ? 8 : orientation == 8 ? 6 : orientation);
+}

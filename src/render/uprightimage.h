@@ -16,3 +16,6 @@ QTransform displayedToStored(QSize stored, int orientation);
 
 /// The image with its pixels turned as a viewer shows it; orientation 1 returns it unchanged.
 QImage turnedUpright(const QImage &image, int orientation);
+
+/// The opposite: an image with its pixels turned so that a viewer, told `orientation`, shows `upright`.
+QImage turnedAsStored(const QImage &upright, int orientation);

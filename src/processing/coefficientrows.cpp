@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "processing/coefficientrows.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace
+{
+
+// Beyond it a header is not believed.
+constexpr size_t mostBytes = size_t(2048) * 1024 * 1024;
+
+} // namespace
+
+CoefficientRows::CoefficientRows(const BlockLayout &layout, int rows, PixelBuffers &buffers)
+    : m_layout(layout)
+{
+    size_t blocks = 0;
+    for (size_t component = 0; component < m_components.size(); ++component) {
+        m_components[component].rows.resize(static_cast<size_t>(rows * layout.down[component]));
+        blocks += m_components[component].rows.size() * static_cast<size_t>(blocksAcross(component));
+    }
+    if (blocks * sizeof(JBLOCK) <= mostBytes)
+        m_memory = buffers.memory(blocks * sizeof(JBLOCK));
+    if (!m_memory)
+        throw std::bad_alloc();
+
+    auto *next = reinterpret_cast<JBLOCKROW>(m_memory.get());
+    for (size_t component = 0; component < m_components.size(); ++component) {
+        for (JBLOCKROW &row : m_components[component].rows) {
+            row = next;
+            next += blocksAcross(component);
+        }
+    }
+}
+
+JBLOCKARRAY CoefficientRows::rows(size_t component, JDIMENSION first, JDIMENSION count, bool) noexcept
+{
+    Component &kept = m_components[component];
+    const JBLOCKARRAY found = kept.rows.data() + first % kept.rows.size();
+    if (first >= kept.used) {
+        for (JDIMENSION row = 0; row < count; ++row)
+            std::memset(found[row], 0, static_cast<size_t>(blocksAcross(component)) * sizeof(JBLOCK));
+        kept.used = first + count;
+    }
+    return found;
+}
+
+JBLOCKROW CoefficientRows::row(size_t component, int index) const
+{
+    const std::vector<JBLOCKROW> &rows = m_components[component].rows;
+    return rows[static_cast<size_t>(index) % rows.size()];
+}
+
+bool CoefficientRows::isCodable(size_t component, int index) const
+{
+    constexpr JCOEF most = 1023;
+    const JBLOCKROW blocks = row(component, index);
+    const auto isWithin = [](const JCOEF *first, const JCOEF *end) {
+        JCOEF lowest = 0;
+        JCOEF highest = 0;
+        for (; first != end; ++first) {
+            lowest = std::min(lowest, *first);
+            highest = std::max(highest, *first);
+        }
+        return lowest >= -most && highest <= most;
+    };
+    if (isWithin(blocks[0], blocks[blocksAcross(component)]))
+        return true;
+    return std::all_of(blocks, blocks + blocksAcross(component), [&](const JBLOCK &block) {
+        const bool isBlack = block[0] == -most - 1; // the one value more that a DC coefficient has
+        return isWithin(block + (isBlack ? 1 : 0), block + DCTSIZE2);
+    });
+}
