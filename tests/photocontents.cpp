@@ -226,7 +226,7 @@ void PhotoContentsTest::takesAlongIntoJpeg()
     const QByteArray profile = profileOf("RGB ");
     const QByteArray keyword("XML:com.adobe.xmp\0\0\0\0\0", 22);
     QCOMPARE(converted(chunk("iCCP", QByteArray("x\0\0", 3) + qCompress(profile).mid(4)) +
-                       chunk("eXIf", m_exif) + chunk("iTXt", keyword + xmp({})) +
+                       chunk("eXIf", QByteArray("Exif\0\0", 6) + m_exif) + chunk("iTXt", keyword + xmp({})) +
                        chunk("tEXt", QByteArray("Comment\0\xf1", 9))),
              exif + segment(0xe1, xmpName + xmp({})) +
                  segment(0xe2, QByteArray("ICC_PROFILE\0\1\1", 14) + profile) + segment(0xfe, "ñ"));
@@ -251,6 +251,16 @@ void PhotoContentsTest::takesAlongIntoJpeg()
              QStringList(
                  QStringLiteral("No se conserva en %1.jpg: las etiquetas EXIF más grandes").arg(fixedName)));
     QCOMPARE(tagOf(m_root + u'/' + fixedName + QStringLiteral(".jpg"), "Exif.Image.Make"), "ok");
+
+    // Image resources and IPTC in texts of their own, and the IPTC among the resources as well.
+    const auto raw = [](const QByteArray &name, const QByteArray &block) {
+        return chunk("tEXt", "Raw profile type " + name + '\0' + '\n' + name + "\n 0\n" + block.toHex());
+    };
+    const QByteArray iptc = QByteArray::fromHex("1c02780001") + 'x';
+    const QByteArray both = resource(0x03ed, "resolution") + resource(0x0404, iptc);
+    for (const QByteArray &eight : {both, resource(0x03ed, "resolution")})
+        QCOMPARE(converted(raw("8bim", eight) + raw("iptc", iptc)),
+                 segment(0xed, QByteArray("Photoshop 3.0\0", 14) + both));
 
     const QByteArray gamma = converted(chunk("gAMA", bigEndian<quint32>(55556)));
     QCOMPARE(qRound(10 * QColorSpace::fromIccProfile(gamma.mid(18)).gamma()), 18);

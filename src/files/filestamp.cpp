@@ -94,11 +94,12 @@ std::optional<QByteArray> readWhole(const QString &path, FileStamp *stamp, QStri
         *error = systemReason(errno);
         return std::nullopt;
     }
-    *stamp = FileStamp::of(path);
-    if (FileStamp::factsOf(status) != FileStamp::factsOf(file) ||
-        stamp->m_facts != FileStamp::factsOf(file) || contents.size() != status.st_size) {
+    FileStamp read = FileStamp::of(path);
+    if (FileStamp::factsOf(status) != FileStamp::factsOf(file) || read.m_facts != FileStamp::factsOf(file) ||
+        contents.size() != status.st_size) {
         *error = QStringLiteral("otro programa cambió el archivo mientras se leía");
         return std::nullopt;
     }
+    *stamp = std::move(read);
     return contents;
 }

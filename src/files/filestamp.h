@@ -58,5 +58,5 @@ private:
 };
 
 /// The contents of a file together with its stamp, which is that of exactly these contents. Nothing, with the
-/// reason in `error`, when it cannot be read to the end, or changes while it is read.
+/// reason in `error` and `stamp` as it was, when it cannot be read to the end, or changes while it is read.
 std::optional<QByteArray> readWhole(const QString &path, FileStamp *stamp, QString *error);

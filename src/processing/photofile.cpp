@@ -210,6 +210,8 @@ bool PhotoFile::rename(const QString &utmName)
     std::optional<QString> newName;
     if (utmName.contains(QLatin1Char('/')))
         m_trouble = QStringLiteral("el prefijo no puede llevar a otra carpeta");
+    else if (utmName.contains(QChar(u'\0'))) // the system would end the name there, without number or suffix
+        m_trouble = QStringLiteral("el prefijo lleva un carácter que ningún nombre puede llevar");
     else if (m_stamp.isStill(placeOfFile()))
         newName = m_run.files.names().place(working.path(), nameOf,
                                             [this](const QString &path) { return placeRenamed(path); });

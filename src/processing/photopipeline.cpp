@@ -209,7 +209,8 @@ PhotoMetadata PhotoPipeline::metadataToWrite(const PhotoMetadata &original, cons
 }
 
 // The file is replaced once, image and metadata together; the lines still tell of the two steps one after the
-// other. Without a painted picture the photo's own bytes go on, and only fresh tags change them.
+// other. Without a painted picture the photo's own bytes go on, and only fresh tags change them. A picture
+// that cannot take the metadata does not replace the photo, which may be the only file that has them.
 PhotoPipeline::Outcome PhotoPipeline::save(const StampedPicture &picture, const PhotoMetadata &metadata)
 {
     QString imageError = picture.error;
@@ -218,9 +219,12 @@ PhotoPipeline::Outcome PhotoPipeline::save(const StampedPicture &picture, const 
     if (picture.encoded || metadata.isFresh) {
         if (std::optional<PhotoContents> complete = withMetadata(contents.bytes, metadata, &metadataError))
             contents = std::move(*complete);
+        else
+            imageError = imageError.isEmpty() ? metadataError : imageError;
     }
     QString writeError;
-    const bool isNew = contents.bytes != m_source || (picture.encoded && m_file.isWaiting());
+    const bool isNew =
+        metadataError.isEmpty() && (contents.bytes != m_source || (picture.encoded && m_file.isWaiting()));
     if (isNew && !m_file.replace(contents.bytes, &writeError)) {
         imageError = imageError.isEmpty() ? writeError : imageError;
         metadataError = metadataError.isEmpty() ? writeError : metadataError;

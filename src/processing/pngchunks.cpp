@@ -23,6 +23,7 @@ constexpr const char *textChunks[] = {"tEXt", "zTXt", "iTXt"};
 
 const QByteArray signature = QByteArrayLiteral("\x89PNG\r\n\x1a\n");
 const QByteArray xmpKeyword = QByteArrayLiteral("XML:com.adobe.xmp");
+const QByteArray exifName = QByteArrayLiteral("Exif\0\0");
 const QByteArray rawProfile = QByteArrayLiteral("Raw profile type ");
 
 template <qsizetype N>
@@ -124,18 +125,32 @@ QByteArray rawProfileText(const QByteArray &name, const QByteArray &block)
            '\n';
 }
 
+// Some programs put the name in front that only a JPEG needs.
+QByteArray structureIn(const QByteArray &exif)
+{
+    return exif.startsWith(exifName) ? exif.mid(exifName.size()) : exif;
+}
+
+// Some programs write the IPTC data twice: alone, and among the other resources.
+void addImageResources(const QByteArray &resources, MetadataBlocks &blocks)
+{
+    if (resources.contains(blocks.imageResources))
+        blocks.imageResources = resources;
+    else if (!blocks.imageResources.contains(resources))
+        blocks.imageResources += resources;
+}
+
 void takeRawProfile(const QByteArray &type, const QByteArray &block, MetadataBlocks &blocks)
 {
-    const QByteArray exifName("Exif\0\0", 6);
     const QByteArray xmpName("http://ns.adobe.com/xap/1.0/\0", 29);
     if (block.startsWith(exifName) && blocks.exif.isEmpty())
-        blocks.exif = block.mid(exifName.size());
+        blocks.exif = structureIn(block);
     else if (block.startsWith(xmpName) && blocks.xmp.isEmpty())
         blocks.xmp = block.mid(xmpName.size());
     else if (type == "xmp" && blocks.xmp.isEmpty())
         blocks.xmp = block;
     else if (type == "iptc" || type == "8bim")
-        blocks.imageResources = asImageResources(block);
+        addImageResources(asImageResources(block), blocks);
     else if ((type == "icc" || type == "icm") && blocks.iccProfile.isEmpty())
         blocks.iccProfile = block;
 }
@@ -227,7 +242,7 @@ MetadataBlocks PngChunks::blocks() const
         if (text)
             takeText(*text, blocks);
         else if (each.type == "eXIf")
-            blocks.exif = each.data.toByteArray();
+            blocks.exif = structureIn(each.data.toByteArray());
         else if (each.type == "gAMA")
             gamma = each.data;
         else if (each.type == "cHRM")
