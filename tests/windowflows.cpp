@@ -311,8 +311,9 @@ void WindowFlowsTest::refusesAnAltitudeFill()
                             "añádala en Herramientas -> Configuración."));
     QCOMPARE(m_server.requests(), QStringList());
     restartWithKey(QStringLiteral("clave"));
-    m_driver->click("populateAltitudeButton");
-    QTRY_VERIFY(m_server.requests().value(0).endsWith(QStringLiteral("&key=clave")));
+    m_driver->messageOf("populateAltitudeButton");
+    QTRY_VERIFY(m_driver->isEnabled("populateAltitudeButton"));
+    QVERIFY(m_server.requests().value(0).endsWith(QStringLiteral("&key=clave")));
 }
 
 void WindowFlowsTest::keepsSettings()
