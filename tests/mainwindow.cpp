@@ -220,7 +220,7 @@ void MainWindowTest::browsesPhotos()
 {
     m_driver->writePhotos(2, {400, 300});
     const QString aside = m_driver->path(QStringLiteral("aparte.jpg"));
-    writePhoto(aside, plainImage({400, 300}, Qt::green));
+    writePhoto(aside, plainImage({400, 300}, Qt::green), gpsTags());
     QVERIFY(QFile::link(aside, m_driver->photos() + QStringLiteral("/enlace.jpg")));
     m_driver->type("directoryEdit", m_driver->photos());
     const auto *caption = m_driver->find<QLabel>("photoCaption");
