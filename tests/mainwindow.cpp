@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTest>
 
 /// The window at rest: its start, what its widgets do, and the preview.
@@ -85,7 +86,11 @@ txtGroup Archivo CSV (hidden) | txtPathEdit | txtRadio [ ] Desde archivo .csv)")
         for (const QAction *action : menu->menu()->actions())
             entries.append(action->text());
     }
-    QCOMPARE(entries.join(u' '), QStringLiteral("&Archivo Perfiles &Herramientas Configuración..."));
+    const auto *tabs = m_driver->find<QTabWidget>("tabs");
+    for (int i = 0; i < tabs->count(); ++i)
+        entries.append(tabs->tabText(i));
+    QCOMPARE(entries.join(u' '), QStringLiteral("&Archivo Perfiles &Herramientas Configuración... "
+                                                "General Texto Logo Rosa de Vientos"));
     const auto *styles = m_driver->find<QComboBox>("compassStyleCombo");
     const auto *corners = m_driver->find<QComboBox>("altitudePositionCombo");
     QStringList items;

@@ -89,7 +89,12 @@ void PhotoFileTest::copiesAndBacksUpTheTree()
     QFile::remove(m_root + QStringLiteral("/link.jpg"));
     m_options.useOutputFolder = false;
     m_options.createBackup = true;
+    const QDateTime taken(QDate(2020, 1, 2), QTime(3, 4, 5));
+    QFile photo(m_root + QStringLiteral("/A.JPG"));
+    QVERIFY(photo.open(QIODevice::ReadWrite) && photo.setFileTime(taken, QFileDevice::FileModificationTime));
+    photo.close();
     run();
+    QCOMPARE(QFileInfo(m_root + QStringLiteral("/Backup/A_backup.JPG")).lastModified(), taken);
     QCOMPARE(tree(m_root), QStringLiteral("Backup/A_backup.JPG 16, Backup/uno/dos/b_backup.png 17, "
                                           "Backup/vieja.jpg 18, P.jpg 16*, uno/dos/P.jpg 17*"));
     // The next run numbers names and copies.

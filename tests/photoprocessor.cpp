@@ -71,7 +71,8 @@ void PhotoProcessorTest::reportsInOrder()
 {
     constexpr int count = 12;
     for (int i = 0; i < count; ++i)
-        writePhoto(m_root + QStringLiteral("/%1.jpg").arg(i), plainImage({200, 100}));
+        writePhoto(m_root + QStringLiteral("/%1.jpg").arg(i),
+                   plainImage({20 + 37 * i % 200, 10 + 7 * i}, QColor(20 * i, 90, 60)));
     m_options.logoPath = m_root + QStringLiteral("/no logo.png");
     writeText(m_options.logoPath, "no image"); // also a photo, left without a line
     m_options.renamePhotos = false;
@@ -91,6 +92,12 @@ void PhotoProcessorTest::reportsInOrder()
         QCOMPARE(report.log[i + linesPerPhoto - 1],
                  QString(report.log[i])
                      .replace(QStringLiteral("\nProcesando: "), QStringLiteral("Metadatos escritos para ")));
+
+    for (int i = 0; i < count; ++i) { // whatever buffers they shared
+        const QImage result(m_root + QStringLiteral("/%1.jpg").arg(i));
+        QCOMPARE(result.size(), QSize(20 + 37 * i % 200, 10 + 7 * i));
+        QVERIFY(qAbs(result.pixelColor(result.width() - 1, result.height() - 1).red() - 20 * i) < 5);
+    }
 
     // 0 to 12 of 13, in any order after the first: the photo that was left is never counted
     QList<QPair<int, int>> progress = report.progress;

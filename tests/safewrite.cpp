@@ -104,7 +104,11 @@ void SafeWriteTest::keepsAttributes()
     if (hasAccessList)
         QCOMPARE(attribute("system.posix_acl_access"), accessList);
 
-    // A new file is as the system makes new files.
+    // Without an access list, the mode alone; a new file is as the system makes new files.
+    QCOMPARE(removexattr(name.constData(), "system.posix_acl_access") == 0, hasAccessList);
+    QCOMPARE(chmod(name.constData(), 0604), 0);
+    QVERIFY(replace(file, "newer", FileStamp::of(file)));
+    QCOMPARE(QFile::permissions(file) & QFile::Permissions(0x0077), QFile::ReadOther);
     QVERIFY(writeWhole(path(QStringLiteral("b")), "b", &m_error));
     writeText(path(QStringLiteral("c")), "c");
     QCOMPARE(QFile::permissions(path(QStringLiteral("b"))), QFile::permissions(path(QStringLiteral("c"))));
@@ -178,7 +182,9 @@ void SafeWriteTest::readsWhatTheStampTells()
     stamp.renewAfterRename();
     QVERIFY(stamp.isStill(path(QStringLiteral("b"))));
     QVERIFY(!stamp.isStill(file));
-    for (const QString &nothing : {file, m_folder->path()})
+    const QString pipe = path(QStringLiteral("pipe"));
+    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString &nothing : {file, m_folder->path(), pipe})
         QVERIFY(!readWhole(nothing, &stamp, &m_error));
     // What grows while it is read is not what was read: a pseudo file is longer than it says.
     FileStamp none;

@@ -7,11 +7,6 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
-
-#include <atomic>
-#include <memory>
-#include <vector>
 
 namespace
 {
@@ -30,7 +25,6 @@ class TakenNamesTest : public QObject
 
 private slots:
     void placesOnlyUnderFreeNames();
-    void givesOneNameToOneThread();
     void knowsFolders();
 
 private:
@@ -69,37 +63,6 @@ void TakenNamesTest::placesOnlyUnderFreeNames()
     QCOMPARE(m_placer.rename(folder.filePath(QStringLiteral("n")), folder.filePath(QStringLiteral("n (3)")),
                              &m_error),
              Placing::NameTaken);
-}
-
-void TakenNamesTest::givesOneNameToOneThread()
-{
-    constexpr int threadCount = 4;
-    constexpr int each = 500;
-    const QTemporaryDir folder;
-    TakenNames names;
-    std::atomic<int> questions = 0;
-    std::vector<std::unique_ptr<QThread>> threads;
-    for (int t = 0; t < threadCount; ++t) {
-        threads.emplace_back(QThread::create([&, t] {
-            for (int i = 0; i < each; ++i) {
-                const QString from = folder.filePath(QStringLiteral("%1-%2").arg(t).arg(i));
-                writeText(from, "x");
-                QString error;
-                names.place(folder.path(), numbered, [&](const QString &path) {
-                    ++questions;
-                    return m_placer.rename(from, path, &error);
-                });
-            }
-        }));
-        threads.back()->start();
-    }
-    for (const auto &thread : threads)
-        thread->wait();
-    QCOMPARE(questions.load(), threadCount * each);
-    const QStringList found = QDir(folder.path()).entryList(QDir::Files);
-    QCOMPARE(found.size(), threadCount * each);
-    for (int i = 0; i < found.size(); ++i)
-        QVERIFY2(found.contains(numbered(i)), qPrintable(numbered(i)));
 }
 
 void TakenNamesTest::knowsFolders()

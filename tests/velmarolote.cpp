@@ -196,6 +196,7 @@ void VelmaroLoteTest::worksInThreads()
     for (int i = 0; i < 40; ++i)
         writePhoto(path(QStringLiteral("fotos/%1.jpg").arg(i)), plainImage({1200, 900}));
     qsizetype threads[2] = {0, 0};
+    QByteArray errors;
     for (const bool many : {false, true}) {
         QProcess process;
         start(process, QStringLiteral("fotos --sin-respaldo --hilos ") +
@@ -204,7 +205,9 @@ void VelmaroLoteTest::worksInThreads()
             const QDir tasks(QStringLiteral("/proc/%1/task").arg(process.processId()));
             threads[many] = qMax(threads[many], tasks.entryList().size());
         }
+        errors = process.readAllStandardError();
     }
+    QCOMPARE(errors.count("Progreso"), 10);
     QVERIFY2(threads[1] - threads[0] > 8, qPrintable(QString::number(threads[1])));
 }
 
@@ -262,7 +265,11 @@ void VelmaroLoteTest::goesOnWithoutListeners()
                      QStringLiteral("'%1' '%2' --sin-respaldo %3; exit ${PIPESTATUS[0]}")
                          .arg(QStringLiteral(VELMARO_LOTE), path("fotos"), QLatin1String(way))});
         QVERIFY(shell.waitForFinished());
-        QCOMPARE(shell.exitCode(), QByteArray(way) == "> /dev/full" ? 1 : 0);
+        const bool full = QByteArray(way) == "> /dev/full";
+        QCOMPARE(shell.exitCode(), full ? 1 : 0);
+        QCOMPARE(shell.readAllStandardError().contains(
+                     "No se pudo escribir el registro: no queda espacio en el disco\n"),
+                 full);
         QCOMPARE(photos().filter(QStringLiteral("19G")).size(), count);
         for (const QString &name : photos()) {
             const QByteArray photo = bytesOf(path("fotos/") + name);

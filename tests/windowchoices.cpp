@@ -185,7 +185,7 @@ void WindowChoicesTest::takesDroppedPaths()
         }
         return enter.isAccepted();
     };
-    QVERIFY(!drop(m_driver->window.get(), file));
+    QVERIFY(!drop(m_driver->window.get(), file) && !drop(m_driver->find<QLineEdit>("directoryEdit"), file));
     m_driver->check("outputFolderCheck", true);
     m_driver->check("prefixCheck", true);
     for (const char *edit : {"logoEdit", "fontEdit", "txtPathEdit"})

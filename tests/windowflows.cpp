@@ -16,6 +16,7 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTest>
 #include <QThreadPool>
 #include <QTimer>
@@ -87,7 +88,7 @@ void WindowFlowsTest::runsABatchToItsEnd()
     writePhoto(m_driver->photos() + QStringLiteral("/<b>ladera & río.jpg"), plainImage({100, 100}),
                gpsTags());
     m_driver->check("prefixCheck", true);
-    m_driver->type("prefixEdit", QStringLiteral("P_"));
+    m_driver->type("prefixEdit", QStringLiteral("P "));
     m_driver->runBatch();
 
     QCOMPARE(m_driver->messages, QStringList(QStringLiteral("Completado: El proceso ha finalizado.")));
@@ -97,23 +98,36 @@ void WindowFlowsTest::runsABatchToItsEnd()
     QVERIFY(log.contains(QStringLiteral("\nProcesando: <b>ladera & río.jpg\n"))); // as it is written
     QVERIFY(log.endsWith(QStringLiteral("\nSe procesaron 3 fotos en 0s.\n\nProceso finalizado.")));
     QCOMPARE(m_driver->status(), QStringLiteral("Terminadas 3 de 3 fotos."));
-    QCOMPARE(photoNames().filter(QStringLiteral("P_19")).size(), 3);
+    QCOMPARE(photoNames().filter(QStringLiteral("P 19")).size(), 3);
     // The list holds the new names.
-    QVERIFY(m_driver->find<QLabel>("photoCaption")->text().startsWith(QStringLiteral("P_19")));
+    QVERIFY(m_driver->find<QLabel>("photoCaption")->text().startsWith(QStringLiteral("P 19")));
     QVERIFY(!m_driver->preview().isNull());
     QTRY_VERIFY(!m_driver->window->findChild<QProgressDialog *>());
 }
 
 void WindowFlowsTest::tellsWhatWasNotDone()
 {
+    m_driver->runBatch();
+    QCOMPARE(m_driver->status(), QStringLiteral("No había fotos que procesar."));
     m_driver->writePhotos(2, {20, 15});
-    writeText(path("tabla.csv"), "1.jpg;19;H;300000;6000000\n");
+    writePhoto(m_driver->photos() + QStringLiteral("/z.png"), plainImage({66000, 1})); // too wide for a JPEG
+    writeText(m_driver->photos() + QStringLiteral("/Backup"), "in the way");
+    writeText(path("tabla.csv"), "1.jpg;19;H;300000;6000000\nz.png;19;H;1;2\n");
     m_driver->click("txtRadio");
     m_driver->type("txtPathEdit", path("tabla.csv"));
     m_driver->runBatch();
-    QCOMPARE(m_driver->status(), QStringLiteral("Terminadas 1 de 2 fotos; 1 sin procesar."));
+    const QString told =
+        QStringLiteral("Terminadas 1 de 3 fotos; 1 sin procesar, 1 sin guardar, 3 sin copia de seguridad.");
+    QCOMPARE(m_driver->status(), told);
+    QStringList details = m_driver->window->statusBar()->toolTip().split(u'\n');
+    details.sort();
+    QCOMPARE(details.join(u'|'),
+             QStringLiteral(
+                 "0.jpg: Coordenadas UTM no encontradas en archivo TXT para 0.jpg|Copias de seguridad que no "
+                 "se pudieron hacer: 3|z.png: Error guardando la imagen: Maximum supported image dimension "
+                 "is 65500 pixels"));
     m_driver->type("directoryEdit", path("nada")); // nothing but the next run takes the place of it
-    QCOMPARE(m_driver->status(), QStringLiteral("Terminadas 1 de 2 fotos; 1 sin procesar."));
+    QCOMPARE(m_driver->status(), told);
 }
 
 void WindowFlowsTest::hidesACancelledBatch()
@@ -280,19 +294,25 @@ void WindowFlowsTest::breaksOffAnAltitudeFill()
 void WindowFlowsTest::refusesAnAltitudeFill()
 {
     const QString noFile = QStringLiteral("Error: Por favor, seleccione un archivo CSV válido.");
-    for (const QString &file : {QString(), path("nada.csv")}) {
+    for (const QString &file : {QString(), path("nada.csv"), m_driver->photos()}) {
         m_driver->type("txtPathEdit", file);
         QCOMPARE(m_driver->messageOf("populateAltitudeButton"), noFile);
     }
-    Settings{ElevationProvider::Google, {}, 90}.save();
-    init();
-    Settings().save();
-    writeText(path("tabla.csv"), "a;b\n");
-    m_driver->type("txtPathEdit", path("tabla.csv"));
+    const auto restartWithKey = [this](const QString &key) {
+        Settings{ElevationProvider::Google, key, 90}.save();
+        init();
+        Settings().save();
+        writeText(path("tabla.csv"), "a;b\na.jpg;19;H;300000;6000000\n");
+        m_driver->type("txtPathEdit", path("tabla.csv"));
+    };
+    restartWithKey({});
     QCOMPARE(m_driver->messageOf("populateAltitudeButton"),
              QStringLiteral("Error: No se ha configurado una clave de API para Google Elevation. Por favor, "
                             "añádala en Herramientas -> Configuración."));
     QCOMPARE(m_server.requests(), QStringList());
+    restartWithKey(QStringLiteral("clave"));
+    m_driver->click("populateAltitudeButton");
+    QTRY_VERIFY(m_server.requests().value(0).endsWith(QStringLiteral("&key=clave")));
 }
 
 void WindowFlowsTest::keepsSettings()
