@@ -2,21 +2,17 @@
 #include "photofiles.h"
 #include "support/windowdriver.h"
 
-#include <QColorDialog>
 #include <QComboBox>
 #include <QDir>
 #include <QDoubleSpinBox>
-#include <QDropEvent>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
-#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 
-/// The window at rest: its start, what its widgets do, the preview and the profiles.
+/// The window at rest: its start, what its widgets do, and the preview.
 class MainWindowTest : public QObject
 {
     Q_OBJECT
@@ -36,105 +32,51 @@ private slots:
     void tellsWhatCannotBeShown();
     void drawsQuickChangesOnce();
     void listsATypedPathWhenTypingPauses();
-    void savesAndListsProfiles();
-    void loadsProfilesUnevenly();
-    void choosesColours();
-    void choosesFilesAndFolders();
-    void takesDroppedPaths();
-    void takesCommaAndDot();
 
 private:
-    int previewsOf(const std::function<void()> &action) const;
-    void loadProfile(const QByteArray &profile) const;
-
     std::unique_ptr<WindowDriver> m_driver;
 };
 
 void MainWindowTest::startsAsDescribed()
 {
-    const QString expected = QStringLiteral(R"(- Archivos de Entrada
-- Carpeta de Fotos:
-- Color de Flecha:
-- Color de Fuente:
-- Configuración de la Rosa de Vientos
-- Configuración del Logo
-- Configuración del Texto
-- Estilo:
-- Fuente (opcional):
-- Log de Procesos
-- Logo (opcional):
-- Modo de Obtención de Coordenadas
-- Nota: La copia de seguridad se ignora si se usa una carpeta de salida.font-style: italic; color: grey;
-- Opciones de Renombrado
-- Opciones de Salida
-- Posición Altitud:
-- Posición Coordenadas:
-- Posición Fecha/Hora:
-- Posición Orientación:
-- Posición del Logo:
-- Posición:
-- Ruta del archivo:
-- Tamaño (ratio):
-- Tamaño de Fuente (ratio):
-- Tamaño del Logo (ratio):
-altitudePositionCombo abajo-derecha of 4
-arrowColorSwatch background-color: #ff0000
-backupCheck [x] Realizar copia de seguridad de las fotos originales
-bgTextCheck [x] Agregar fondo al texto
-colorSwatch background-color: #FFFFFF
-compassCheck [x] Dibujar rosa de los vientos (si hay datos de orientación)
-compassPositionCombo abajo-izquierda of 4
-compassSizeSpin 0.18 in 0.05 to 0.50 by 0.01
-compassStyleCombo Clásico of 4
-coordsPositionCombo abajo-derecha of 4
-createSampleButton Crear archivo de ejemplo
-directoryEdit 
-drawAltitudeCheck [x] Dibujar altitud (ej: Alt: 123 m)
-drawDataCheck [x] Dibujar datos (coordenadas, fecha) en las fotos
-drawGeoCheck [ ] Dibujar coordenadas geográficas (Lat/Lon DMS)
-drawOrientationCheck [x] Dibujar orientación (ej: 090° E)
-drawTimeCheck [x] Incluir hora (además de la fecha)
-dtPositionCombo abajo-derecha of 4
-embedCsvCheck [x] Incrustar datos del CSV en el EXIF
-exifRadio [x] Desde EXIF de las fotos
-fontEdit notosans.ttf (read-only)
-fontSizeSpin 0.0300 in 0.0010 to 0.2000 by 0.0010 when done
-loadPresetButton Cargar (hidden)
-logoCheck [x] Incrustar logo en las fotos
-logoEdit  (read-only)
-logoPositionCombo arriba-izquierda of 4
-logoSizeSpin 0.20 in 0.01 to 0.30 by 0.01
-nextButton Siguiente (disabled)
-orientationPositionCombo abajo-derecha of 4
-outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada
-outputFolderEdit  (disabled)
-overwriteAltitudeCheck [x] Sobrescribir altitudes existentes
-populateAltitudeButton Rellenar altitud desde API
-prefixCheck [ ] Agregar prefijo al nombre
-prefixEdit XXX_XXX_SA_ (disabled)
-presetCombo  of 0 (hidden)
-prevButton Anterior (disabled)
-previewGroup Vista Previa Interactiva
-previewLabel Seleccione una carpeta con imágenes para activar la vista previa.
-renameCheck [x] Renombrar fotos con coordenadas UTM
-rotateCompassCheck [ ] Rotar rosa (flecha siempre apunta arriba)
-sampleFromExifCheck [x] Usar datos EXIF para crear el ejemplo
-savePresetButton Guardar (hidden)
-selectArrowColorButton Seleccionar Color
-selectColorButton Seleccionar Color
-selectDirButton Seleccionar
-selectFontButton Seleccionar
-selectLogoButton Seleccionar
-selectOutputButton Seleccionar (disabled)
-selectTxtButton Seleccionar
-startButton Iniciar Proceso
-subdirsCheck [ ] Incluir subdirectorios
-txtGroup Archivo CSV (hidden)
-txtPathEdit 
-txtRadio [ ] Desde archivo .csv)");
+    const QString expected = QStringLiteral(R"(
+- Archivos de Entrada | - Carpeta de Fotos: | - Color de Flecha: | - Color de Fuente: |
+- Configuración de la Rosa de Vientos | - Configuración del Logo | - Configuración del Texto | - Estilo: |
+- Fuente (opcional): | - Log de Procesos | - Logo (opcional): | - Modo de Obtención de Coordenadas |
+- Nota: La copia de seguridad se ignora si se usa una carpeta de salida.font-style: italic; color: grey; |
+- Opciones de Renombrado | - Opciones de Salida | - Posición Altitud: | - Posición Coordenadas: |
+- Posición Fecha/Hora: | - Posición Orientación: | - Posición del Logo: | - Posición: | - Ruta del archivo: |
+- Tamaño (ratio): | - Tamaño de Fuente (ratio): | - Tamaño del Logo (ratio): |
+altitudePositionCombo abajo-derecha of 4 | arrowColorSwatch background-color: #ff0000 |
+backupCheck [x] Realizar copia de seguridad de las fotos originales | bgTextCheck [x] Agregar fondo al texto |
+colorSwatch background-color: #FFFFFF | compassCheck [x] Dibujar rosa de los vientos (si hay datos de orientación) |
+compassPositionCombo abajo-izquierda of 4 | compassSizeSpin 0.18 in 0.05 to 0.50 by 0.01 |
+compassStyleCombo Clásico of 4 | coordsPositionCombo abajo-derecha of 4 |
+createSampleButton Crear archivo de ejemplo | directoryEdit | drawAltitudeCheck [x] Dibujar altitud (ej: Alt: 123 m) |
+drawDataCheck [x] Dibujar datos (coordenadas, fecha) en las fotos |
+drawGeoCheck [ ] Dibujar coordenadas geográficas (Lat/Lon DMS) |
+drawOrientationCheck [x] Dibujar orientación (ej: 090° E) | drawTimeCheck [x] Incluir hora (además de la fecha) |
+dtPositionCombo abajo-derecha of 4 | embedCsvCheck [x] Incrustar datos del CSV en el EXIF |
+exifRadio [x] Desde EXIF de las fotos | fontEdit notosans.ttf (read-only) |
+fontSizeSpin 0.0300 in 0.0010 to 0.2000 by 0.0010 when done | loadPresetButton Cargar (hidden) |
+logoCheck [x] Incrustar logo en las fotos | logoEdit (read-only) | logoPositionCombo arriba-izquierda of 4 |
+logoSizeSpin 0.20 in 0.01 to 0.30 by 0.01 | nextButton Siguiente (disabled) |
+orientationPositionCombo abajo-derecha of 4 |
+outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada | outputFolderEdit (disabled) |
+overwriteAltitudeCheck [x] Sobrescribir altitudes existentes | populateAltitudeButton Rellenar altitud desde API |
+prefixCheck [ ] Agregar prefijo al nombre | prefixEdit XXX_XXX_SA_ (disabled) | presetCombo of 0 (hidden) |
+prevButton Anterior (disabled) | previewGroup Vista Previa Interactiva |
+previewLabel Seleccione una carpeta con imágenes para activar la vista previa. |
+renameCheck [x] Renombrar fotos con coordenadas UTM |
+rotateCompassCheck [ ] Rotar rosa (flecha siempre apunta arriba) |
+sampleFromExifCheck [x] Usar datos EXIF para crear el ejemplo | savePresetButton Guardar (hidden) |
+selectArrowColorButton Seleccionar Color | selectColorButton Seleccionar Color | selectDirButton Seleccionar |
+selectFontButton Seleccionar | selectLogoButton Seleccionar | selectOutputButton Seleccionar (disabled) |
+selectTxtButton Seleccionar | startButton Iniciar Proceso | subdirsCheck [ ] Incluir subdirectorios |
+txtGroup Archivo CSV (hidden) | txtPathEdit | txtRadio [ ] Desde archivo .csv)");
     QStringList state = m_driver->state();
     state.removeIf([](const QString &line) { return line.startsWith(QStringLiteral("- Velmaro ")); });
-    QCOMPARE(state.join(u'\n'), expected);
+    QCOMPARE(state, expected.simplified().split(QStringLiteral(" | ")));
     QCOMPARE(m_driver->window->windowTitle(),
              QStringLiteral("Velmaro: Renombrador/Incrustador de coordenadas UTM en fotografías"));
     QStringList entries;
@@ -151,24 +93,6 @@ txtRadio [ ] Desde archivo .csv)");
         items += {styles->itemText(i), corners->itemText(i)};
     QCOMPARE(items.join(u','), QStringLiteral("Estilo Puntos,arriba-izquierda,Estilo Graduado,arriba-derecha,"
                                               "Clásico,abajo-izquierda,Numerado,abajo-derecha"));
-}
-
-// How many previews an action asks for: without a place for temporary files each of them leaves one line in
-// the log.
-int MainWindowTest::previewsOf(const std::function<void()> &action) const
-{
-    const auto lines = [this] {
-        return m_driver->log().count(
-            QStringLiteral("Error: No se pudo crear el directorio temporal para la vista previa."));
-    };
-    const QByteArray place = qgetenv("TMPDIR");
-    qputenv("TMPDIR", "/dev/null");
-    const auto before = lines();
-    action();
-    m_driver->preview();
-    const auto after = lines();
-    place.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", place);
-    return static_cast<int>(after - before);
 }
 
 namespace
@@ -253,7 +177,7 @@ txtRadio 2 useExif=false txtGroup)");
         m_driver->type("directoryEdit", m_driver->photos());
         const QString name = line.section(u' ', 0, 0);
         const QStringList before = described(m_driver->window->currentRequest()) + m_driver->state();
-        const int previews = previewsOf([&] { change(m_driver->find<QWidget>(qPrintable(name))); });
+        const int previews = m_driver->previewsOf([&] { change(m_driver->find<QWidget>(qPrintable(name))); });
         QString result = name + u' ' + QString::number(previews);
         for (const QString &after : described(m_driver->window->currentRequest()))
             result += before.contains(after) ? QString() : u' ' + after;
@@ -400,13 +324,13 @@ void MainWindowTest::tellsWhatCannotBeShown()
 
 void MainWindowTest::drawsQuickChangesOnce()
 {
-    m_driver->writePhotos(1, {4000, 3000}); // takes longer than what is drawn at once
+    m_driver->writePhotos(1, {8000, 6000}); // takes longer than what is drawn at once
     m_driver->type("directoryEdit", m_driver->photos());
     const QImage first = m_driver->preview();
-    QCOMPARE(previewsOf([this] {
-                 for (int i = 0; i < 10; ++i)
-                     m_driver->find<QAbstractButton>("drawDataCheck")->click();
-             }),
+    QCOMPARE(m_driver->previewsOf([this] {
+        for (int i = 0; i < 10; ++i)
+            m_driver->find<QAbstractButton>("drawDataCheck")->click();
+    }),
              1);
     m_driver->check("compassCheck", false);
     QVERIFY(m_driver->preview() != first);
@@ -428,185 +352,6 @@ void MainWindowTest::listsATypedPathWhenTypingPauses()
         QVERIFY(m_driver->preview().isNull());
         edit->setText(m_driver->photos());
         QVERIFY(!m_driver->preview().isNull());
-    }
-}
-
-void MainWindowTest::savesAndListsProfiles()
-{
-    auto *combo = m_driver->find<QComboBox>("presetCombo");
-    QDir(m_driver->path({})).mkpath(QStringLiteral("otra"));
-    // One name in two folders is one entry; a name without suffix gets one; where nothing can be written,
-    // nothing is said, and the name is listed.
-    for (const char *name : {"estilo.final.json", "perfil uno", "otra/estilo.json", "/proc/nada.json"}) {
-        const QString file = QString::fromLatin1(name);
-        m_driver->type("prefixEdit", file);
-        m_driver->choose("savePresetButton", file.startsWith(u'/') ? file : m_driver->path(file));
-    }
-    m_driver->choose("savePresetButton", {});
-    QStringList items;
-    for (int i = 0; i < combo->count(); ++i)
-        items.append(combo->itemText(i));
-    QCOMPARE(items.join(u','), QStringLiteral("estilo,perfil uno,nada"));
-    QVERIFY(m_driver->messages.isEmpty());
-    const QJsonObject saved =
-        QJsonDocument::fromJson(bytesOf(m_driver->path(QStringLiteral("perfil uno.json")))).object();
-    QCOMPARE(saved.value(QLatin1String("prefix")).toString(), QStringLiteral("perfil uno"));
-
-    // The profile that is shown is applied again when it is chosen again.
-    combo->setCurrentIndex(1);
-    combo->setCurrentIndex(0);
-    QCOMPARE(m_driver->textOf("prefixEdit"), QStringLiteral("otra/estilo.json"));
-    QCoreApplication::processEvents();
-    m_driver->type("prefixEdit", QStringLiteral("otro"));
-    emit combo->activated(0);
-    QCOMPARE(m_driver->textOf("prefixEdit"), QStringLiteral("otra/estilo.json"));
-}
-
-void MainWindowTest::loadProfile(const QByteArray &profile) const
-{
-    writeText(m_driver->path(QStringLiteral("p.json")), profile);
-    m_driver->choose("loadPresetButton", m_driver->path(QStringLiteral("p.json")));
-}
-
-void MainWindowTest::loadsProfilesUnevenly()
-{
-    m_driver->writePhotos(1, {20, 15});
-    m_driver->type("directoryEdit", m_driver->photos());
-    const QByteArray profile = R"({"logoPath": "/l/logo.png", "fontPath": "/f/letra.ttf", "fontSizeRatio": 5,
-        "compassStyle": 3, "compassArrowColor": "#00ff00", "fontColor": "gold", "dtPosition": "arriba-izquierda",
-        "drawGeo": true, "drawData": false, "addCompass": false, "renamePhotos": false, "usePrefix": true})";
-    QCOMPARE(previewsOf([&] { loadProfile(profile); }), 1);
-    QVERIFY(m_driver->isEnabled("compassCheck") && !m_driver->isEnabled("bgTextCheck") &&
-            !m_driver->isEnabled("rotateCompassCheck") && !m_driver->isEnabled("prefixCheck"));
-    const auto shown = [this] {
-        QStringList lines = m_driver->state().filter(QRegularExpression(QStringLiteral(
-            "^(logoEdit|fontEdit|fontSizeSpin|compassStyle|arrowC|colorS|dtP|drawGeo|presetC|logoCheck)")));
-        return lines.replaceInStrings(QRegularExpression(QStringLiteral("^\\w+ | in .*| \\(.*$")), {})
-            .join(u'|');
-    };
-    QCOMPARE(shown(),
-             QStringLiteral("background-color: #00ff00|background-color: gold|Numerado of 4|[x] Dibujar "
-                            "coordenadas geográficas|arriba-izquierda of 4|letra.ttf|0.2000|[x] Incrustar "
-                            "logo en las fotos|logo.png| of 0"));
-    loadProfile(R"({"fontColor": "red; min-width: 900px", "compassArrowColor": "nada"})");
-    const QString cleared =
-        QStringLiteral("background-color: #ff0000|background-color: gold|Estilo Puntos of 4|[x] "
-                       "Dibujar coordenadas geográficas|arriba-izquierda of 4||0.2000|[x] "
-                       "Incrustar logo en las fotos|| of 0");
-    QCOMPARE(shown(), cleared);
-    loadProfile("[1, 2");
-    m_driver->choose("loadPresetButton", {});
-    QCOMPARE(shown(), cleared);
-}
-
-void MainWindowTest::choosesColours()
-{
-    m_driver->writePhotos(1, {20, 15});
-    m_driver->type("directoryEdit", m_driver->photos());
-    const struct {
-        const char *button;
-        const char *swatch;
-        QString title;
-        QString start;
-        int previewsWhenCancelled; ///< the button of the arrow asks for one itself
-    } rows[] = {{"selectColorButton", "colorSwatch", QStringLiteral("Seleccionar Color Fuente"),
-                 QStringLiteral("#ffffff"), 0},
-                {"selectArrowColorButton", "arrowColorSwatch", QStringLiteral("Seleccionar Color de Flecha"),
-                 QStringLiteral("#ff0000"), 1}};
-    for (const auto &row : rows) {
-        const auto answer = [&](bool accept) {
-            return previewsOf([&] {
-                m_driver->onNextDialog([&, accept](QWidget *widget) {
-                    auto *dialog = qobject_cast<QColorDialog *>(widget);
-                    QVERIFY(dialog);
-                    QCOMPARE(dialog->windowTitle(), row.title);
-                    QCOMPARE(dialog->currentColor().name(), row.start);
-                    dialog->setCurrentColor(QColor(1, 2, 3));
-                    accept ? dialog->accept() : dialog->reject();
-                });
-                m_driver->click(row.button);
-            });
-        };
-        const auto style = [&] {
-            return m_driver->find<QLabel>(row.swatch)->styleSheet().toLower();
-        };
-        QCOMPARE(answer(false), row.previewsWhenCancelled);
-        QCOMPARE(style(), QStringLiteral("background-color: ") + row.start);
-        QCOMPARE(answer(true), row.previewsWhenCancelled + 1);
-        QCOMPARE(style(), QStringLiteral("background-color: #010203"));
-    }
-    const ProcessOptions options = m_driver->window->currentRequest().options();
-    QVERIFY(options.fontColor == QColor(1, 2, 3) && options.compassArrowColor == QColor(1, 2, 3));
-}
-
-void MainWindowTest::choosesFilesAndFolders()
-{
-    const QString file = m_driver->path(QStringLiteral("archivo.csv"));
-    writeText(file, "");
-    m_driver->click("txtRadio");
-    m_driver->check("outputFolderCheck", true);
-    for (const auto &[button, edit, choice] :
-         {std::tuple{"selectDirButton", "directoryEdit", m_driver->photos()},
-          {"selectTxtButton", "txtPathEdit", file},
-          {"selectOutputButton", "outputFolderEdit", m_driver->photos()},
-          {"selectLogoButton", "logoEdit", file},
-          {"selectFontButton", "fontEdit", file}}) {
-        m_driver->choose(button, choice);
-        m_driver->choose(button, {});
-        const bool nameAlone = m_driver->find<QLineEdit>(edit)->isReadOnly();
-        QCOMPARE(m_driver->textOf(edit), nameAlone ? QStringLiteral("archivo.csv") : choice);
-    }
-    const ProcessOptions options = m_driver->window->currentRequest().options();
-    QCOMPARE(options.logoPath, file);
-    QCOMPARE(options.fontPath, file);
-}
-
-void MainWindowTest::takesDroppedPaths()
-{
-    const QString file = m_driver->path(QStringLiteral("archivo.csv"));
-    writeText(file, "");
-    // Whether it was taken, and by whom the path was set.
-    const auto drop = [](QWidget *target, const QString &path) {
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(path)});
-        data.setText(QUrl::fromLocalFile(path).toString());
-        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(target, &enter);
-        if (enter.isAccepted()) {
-            QDropEvent event({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
-            QCoreApplication::sendEvent(target, &event);
-        }
-        return enter.isAccepted();
-    };
-    QVERIFY(!drop(m_driver->window.get(), file));
-    m_driver->check("outputFolderCheck", true);
-    m_driver->check("prefixCheck", true);
-    for (const char *edit : {"logoEdit", "fontEdit", "txtPathEdit"})
-        QVERIFY2(drop(m_driver->find<QLineEdit>(edit), file), edit);
-    QVERIFY(drop(m_driver->find<QLineEdit>("outputFolderEdit"), m_driver->photos()));
-    // A folder where no folder goes is one dropped on the window.
-    for (const char *edit : {"directoryEdit", "prefixEdit", "logoEdit"}) {
-        m_driver->type("directoryEdit", {});
-        QVERIFY(drop(m_driver->find<QLineEdit>(edit), m_driver->photos()));
-        QCOMPARE(m_driver->textOf("directoryEdit"), m_driver->photos());
-    }
-    QCOMPARE(m_driver->textOf("prefixEdit"), QStringLiteral("XXX_XXX_SA_"));
-    const RunRequest request = m_driver->window->currentRequest();
-    QCOMPARE(QStringList({request.preset.logoPath, request.preset.fontPath, request.run.txtPath}),
-             QStringList({file, file, file}));
-    QCOMPARE(request.run.outputFolder, m_driver->photos());
-}
-
-void MainWindowTest::takesCommaAndDot()
-{
-    auto *spin = m_driver->find<QDoubleSpinBox>("fontSizeSpin");
-    for (const auto language : {QLocale::C, QLocale::Spanish}) {
-        spin->setLocale(language);
-        for (const char *text : {"0.05\r", "0,07\r"}) {
-            spin->selectAll();
-            QTest::keyClicks(spin, QString::fromLatin1(text));
-            QCOMPARE(spin->value(), text[1] == '.' ? 0.05 : 0.07);
-        }
     }
 }
 

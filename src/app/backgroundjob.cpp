@@ -16,7 +16,7 @@ namespace
 {
 
 // The log of a large batch comes at its end; laying out more lines than these in one go would be felt.
-constexpr qsizetype linesAtOnce = 500;
+constexpr qsizetype linesAtOnce = 250;
 
 } // namespace
 

@@ -63,7 +63,9 @@ void PhotoRenamerGUI::buildStatusBar()
     photoCaption->setObjectName(QStringLiteral("photoCaption"));
     photoCaption->setTextFormat(Qt::PlainText);
     statusBar()->addPermanentWidget(photoCaption);
-    statusBar()->addPermanentWidget(new QLabel(QStringLiteral("Velmaro " VELMARO_VERSION), statusBar()));
+    auto *author = new QLabel(QStringLiteral("Velmaro " VELMARO_VERSION), statusBar());
+    author->setContentsMargins(8, 0, 8, 0);
+    statusBar()->addPermanentWidget(author);
 }
 
 // A window that is larger than the screen has its buttons where no mouse gets.

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "core/processoptions.h"
+#include "processing/photopart.h"
 
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 
@@ -13,6 +15,10 @@ struct BatchRequest {
     QString directory;
     ProcessOptions options;
     int threads = 0; ///< below 1: those of the machine
+    PhotoPart part;
+    bool resume = false;
+    QString mapPath;     ///< empty: no map
+    QJsonObject results; ///< what the looks and the names of the results depend on
 };
 
 /// A text for the user in place of a run: the help or the version (exit status 0).

@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/arguments.h"
 #include "cli/console.h"
+#include "data/geojson.h"
+#include "files/safewrite.h"
+#include "processing/journal.h"
 #include "processing/photoprocessor.h"
 
+#include <QDir>
 #include <QGuiApplication>
 #include <QLibraryInfo>
 #include <QLoggingCategory>
+#include <QMap>
+#include <QMutexLocker>
 #include <QTranslator>
 
 #include <csignal>
@@ -40,16 +46,70 @@ ExitStatus reported(const PhotoProcessor::Summary &summary, Console &console)
     return allWell ? AllFinished : SomeLeft;
 }
 
+// The features of the finished photos, in the order of their sources' paths. Safe to use from several
+// threads.
+class Map
+{
+public:
+    void add(const QString &source, const QJsonObject &feature)
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_features.insert(source, feature);
+    }
+
+    bool save(const QString &path, QString *error) const
+    {
+        return writeWhole(path, mapOf(m_features.values()), error);
+    }
+
+private:
+    QMutex m_mutex;
+    QMap<QString, QJsonObject> m_features;
+};
+
 ExitStatus runBatch(const BatchRequest &request, Console &console)
 {
+    const QDir root(QDir(request.directory).absolutePath());
+    QString error;
+    std::unique_ptr<Journal> journal;
+    if (request.resume) {
+        journal = Journal::open(
+            {root.path(), QDir(request.options.outputFolder).absolutePath(), request.part, request.results},
+            &error);
+        if (!journal) {
+            console.error(error);
+            return WrongUse;
+        }
+    }
+
+    Map map;
     PhotoProcessor processor;
     processor.setOptions(request.options);
     processor.setThreadCount(request.threads);
+    processor.setPart(request.part);
+    processor.setJournal(journal.get());
+    if (!request.mapPath.isEmpty()) {
+        processor.setFinishedCallback(
+            [&map](const MapPoint &point) { map.add(point.source, mapFeature(point)); });
+    }
     processor.renamePhotosWithUTM(
         request.directory, [&console](const QString &line) { console.log(line); },
         [&console](int done, int total) { console.progress(done, total); });
 
-    return reported(processor.summary(), console);
+    ExitStatus status = reported(processor.summary(), console);
+    if (journal) {
+        for (auto photo = journal->finished().cbegin(); photo != journal->finished().cend(); ++photo)
+            map.add(root.filePath(photo.key()), *photo);
+        if (!journal->trouble().isEmpty()) {
+            console.error(QStringLiteral("No se pudo escribir el diario: ") + journal->trouble());
+            status = SomeLeft;
+        }
+    }
+    if (!request.mapPath.isEmpty() && !map.save(request.mapPath, &error)) {
+        console.error(QStringLiteral("No se pudo guardar el mapa GeoJSON: ") + error);
+        status = SomeLeft;
+    }
+    return status;
 }
 
 } // namespace

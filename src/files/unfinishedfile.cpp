@@ -9,6 +9,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace
+{
+
+QString randomDigits()
+{
+    return QStringLiteral("%1").arg(QRandomGenerator::system()->generate(), 8, 16, QLatin1Char('0'));
+}
+
+} // namespace
+
+QString UnfinishedFile::mark()
+{
+    static const QString mark = randomDigits();
+    return mark;
+}
+
 UnfinishedFile::~UnfinishedFile()
 {
     m_file.close();
@@ -19,8 +35,7 @@ UnfinishedFile::~UnfinishedFile()
 bool UnfinishedFile::open(const QString &folder, bool newKind, QString *error)
 {
     do {
-        m_path = folder + QStringLiteral("/.velmaro-%1")
-                              .arg(QRandomGenerator::system()->generate64(), 16, 16, QLatin1Char('0'));
+        m_path = folder + u'/' + namePrefix() + mark() + randomDigits();
         m_file = openFile(m_path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, newKind ? 0666 : 0600);
     } while (!m_file.isOpen() && errno == EEXIST);
     if (m_file.isOpen())

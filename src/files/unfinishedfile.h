@@ -13,14 +13,18 @@ enum class Durability {
 };
 
 /// A file in the making. It is hidden in the folder where it will be needed, under a name that is no photo's
-/// (".velmaro-" and 16 digits, whatever the target is called), and removed together with the object unless it
-/// was moved from there. A program that is killed, or a machine that stops, leaves it behind, and the photo
-/// that it was made for as it was.
+/// (".velmaro-" and 16 digits, whatever the target is called; the first eight are the mark), and removed
+/// together with the object unless it was moved from there. A program that is killed, or a machine that
+/// stops, leaves it behind, and the photo that it was made for as it was.
 class UnfinishedFile
 {
 public:
     UnfinishedFile() = default;
     ~UnfinishedFile();
+
+    /// What the names of all unfinished files begin with, and then those of this process.
+    static QString namePrefix() { return QStringLiteral(".velmaro-"); }
+    static QString mark();
 
     /// Makes the empty file, for the user alone to read until it gets the attributes of another one, or, for
     /// a `newKind`, with those that the system gives new files. False, with the reason in `error`.

@@ -4,6 +4,7 @@
 #include "core/callbacks.h"
 #include "core/processoptions.h"
 #include "data/coordinatesfile.h"
+#include "processing/journal.h"
 #include "processing/pixelbuffers.h"
 #include "processing/runfiles.h"
 #include "render/overlay.h"
@@ -19,4 +20,5 @@ struct BatchRun {
     OverlayResources resources;
     RunFiles &files;
     PixelBuffers &buffers;
+    Journal *journal = nullptr; ///< none: the run cannot be taken up again
 };

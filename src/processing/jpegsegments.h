@@ -30,6 +30,8 @@ struct JpegSegment {
 class JpegSegments
 {
 public:
+    JpegSegments() = default;
+
     /// `file` may be the beginning of a file; what is no JPEG has no segments.
     explicit JpegSegments(const QByteArray &file);
 

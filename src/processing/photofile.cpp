@@ -44,8 +44,16 @@ PhotoFile::PhotoFile(const BatchRun &run, const QString &sourcePath, QStringList
 
 PhotoFile::~PhotoFile()
 {
-    if (m_isAwaited)
+    releaseName();
+}
+
+// Where a journal is kept, the name waits until the photo is finished: so its absence in the output folder
+// tells a later attempt that the copy has got its new name.
+void PhotoFile::releaseName()
+{
+    if (m_isAwaited && !m_run.journal)
         m_run.files.noLongerAwaited(m_sourcePath);
+    m_isAwaited = false;
 }
 
 std::optional<QByteArray> PhotoFile::read()
@@ -72,10 +80,20 @@ QString PhotoFile::relativeFolder() const
     return QDir(m_run.directory).relativeFilePath(folderOf(m_sourcePath));
 }
 
+QString PhotoFile::relativePath() const
+{
+    return QDir(m_run.directory).relativeFilePath(m_sourcePath);
+}
+
 bool PhotoFile::copyToOutputFolder()
 {
     const QString folder = QDir::cleanPath(m_options.outputFolder + QLatin1Char('/') + relativeFolder());
     const QString target = folder + QLatin1Char('/') + m_name;
+    if (m_run.journal && !m_run.journal->begin(relativePath())) {
+        m_trouble = m_run.journal->trouble();
+        m_lines.append(QStringLiteral("Error: No se pudo escribir el diario"));
+        return false;
+    }
     if (isAlreadyThere(target)) {
         m_lines.append(QStringLiteral("Omitiendo archivo, la ruta de origen y destino son la misma."));
         return false;
@@ -132,8 +150,7 @@ bool PhotoFile::copyTo(const QString &target)
         return false;
     }
     m_stamp = FileStamp::of(claimed ? target : m_waiting->path());
-    m_run.files.noLongerAwaited(m_sourcePath);
-    m_isAwaited = false;
+    releaseName();
     return true;
 }
 
@@ -221,17 +238,31 @@ Placing PhotoFile::placeRenamed(const QString &path)
     // another photo meanwhile.
     if (m_run.files.isAwaited(m_sourcePath, QFileInfo(path).fileName()) || !m_run.files.claim(path))
         return Placing::NameTaken;
-    const Placing placing = m_run.files.placer().rename(placeOfFile(), path, &m_trouble);
+    const Placing placing = placeInOutputFolder(path);
     if (placing != Placing::Done)
         m_run.files.becameFree(path);
     return placing;
+}
+
+Placing PhotoFile::placeInOutputFolder(const QString &path)
+{
+    if (Journal *journal = m_run.journal) {
+        if (exists(path))
+            return Placing::NameTaken; // not worth a line
+        if (!journal->aboutToRename(relativePath(), nameOf(placeOfFile()), nameOf(path))) {
+            m_trouble = journal->trouble();
+            return Placing::Failed;
+        }
+    }
+    return m_run.files.placer().rename(placeOfFile(), path, &m_trouble);
 }
 
 bool PhotoFile::replace(const QByteArray &contents, QString *error)
 {
     m_waiting.reset(); // and its room with it
     // In the output folder the original is never at risk: the whole folder is brought onto the disk at the
-    // end.
+    // end. But what a journal calls finished has to be there.
+    const bool mayWait = m_options.useOutputFolder && !m_run.journal;
     return replaceContents(m_path, contents, std::move(m_stamp),
-                           m_options.useOutputFolder ? Durability::Later : Durability::OnReturn, error);
+                           mayWait ? Durability::Later : Durability::OnReturn, error);
 }

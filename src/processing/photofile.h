@@ -54,7 +54,10 @@ private:
     void backUp();
     bool writeBackup(const QString &folder, QString *name);
     Placing placeRenamed(const QString &path);
+    Placing placeInOutputFolder(const QString &path);
     QString relativeFolder() const;
+    QString relativePath() const;
+    void releaseName();
     QString placeOfFile() const { return m_waiting ? m_waiting->path() : m_path; }
 
     const BatchRun &m_run;

@@ -17,8 +17,8 @@
 struct PhotoMetadata {
     Exiv2::ExifData exif;
     MetadataBlocks blocks;
-    JpegSegments segments{{}};      ///< of a JPEG
-    PngChunks chunks{{}};           ///< of a PNG
+    JpegSegments segments;          ///< of a JPEG
+    PngChunks chunks;               ///< of a PNG
     bool isFresh = false;           ///< `exif` was made anew and is not what segments and chunks hold
     bool isFollowed = false;        ///< something stands behind the picture of a JPEG
     bool hasForeignProfile = false; ///< the colour profile does not describe RGB pixels, and is not kept

@@ -21,6 +21,19 @@ QString nativePath(const QString &path)
     return QString::fromStdString(qPathToNativeStdString(path));
 }
 
+// What the map shows of a photo, its paths still missing. A position that is none has no place on it.
+MapPoint pointOf(const OverlayData &data)
+{
+    MapPoint point;
+    point.taken = data.dateTime;
+    point.position = data.geo;
+    if (data.geo)
+        point.utm = data.utm;
+    point.heading = data.orientation;
+    point.altitude = data.altitude;
+    return point;
+}
+
 } // namespace
 
 PhotoPipeline::PhotoPipeline(const BatchRun &run, const QString &sourcePath)
@@ -48,6 +61,14 @@ QString PhotoPipeline::failure(Outcome outcome) const
 const PhotoFile &PhotoPipeline::file() const
 {
     return m_file;
+}
+
+MapPoint PhotoPipeline::mapPoint() const
+{
+    MapPoint point = m_mapPoint;
+    point.result = m_file.path();
+    point.source = m_file.sourcePath();
+    return point;
 }
 
 void PhotoPipeline::write(const QString &line)
@@ -96,6 +117,7 @@ std::optional<PhotoData> PhotoPipeline::settled(const PhotoMetadata &metadata)
         settleFromExif(metadata, data.overlay);
     else if (!settleFromTable(data.overlay))
         return std::nullopt;
+    m_mapPoint = pointOf(data.overlay);
     return data;
 }
 

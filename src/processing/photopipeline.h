@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "data/geojson.h"
 #include "processing/photofile.h"
 #include "processing/photometadata.h"
 #include "processing/stampedpicture.h"
@@ -42,6 +43,9 @@ public:
 
     const PhotoFile &file() const;
 
+    /// The photo on the map; of a finished one.
+    MapPoint mapPoint() const;
+
 private:
     PhotoMetadata readSource();
     std::optional<PhotoData> settled(const PhotoMetadata &metadata);
@@ -61,4 +65,5 @@ private:
     QStringList m_lines;
     PhotoFile m_file;
     QByteArray m_source; ///< the photo as it was, read once
+    MapPoint m_mapPoint; ///< paths excepted
 };

@@ -67,10 +67,11 @@ PhotoResult processGuarded(PhotoPipeline &pipeline)
 class SummaryCounter
 {
 public:
-    explicit SummaryCounter(const QStringList &photos)
+    SummaryCounter(const QStringList &photos, int finishedBefore)
         : m_photos(photos)
     {
-        m_summary.total = static_cast<int>(photos.size());
+        m_summary.total = static_cast<int>(photos.size()) + finishedBefore;
+        m_summary.finished = finishedBefore;
     }
 
     void count(const PhotoResult &result, const PhotoFile &file)
@@ -123,6 +124,34 @@ void mapPhotos(QStringList photos, int threads, const Task &task)
     QtConcurrent::map(&pool, photos, task).waitForFinished();
 }
 
+// The photos of a part that are still to be done, and how many of it are not.
+struct Share {
+    QStringList photos;
+    int finishedBefore = 0;
+};
+
+Share shareOf(const QStringList &photos, const QDir &root, const PhotoPart &part, Journal *journal,
+              RunFiles &files)
+{
+    Share share;
+    for (const QString &photo : photos) {
+        const QString relative = root.relativeFilePath(photo);
+        if (!part.holds(relative))
+            continue;
+        if (!journal || !journal->isFinished(relative)) {
+            share.photos.append(photo);
+            continue;
+        }
+        ++share.finishedBefore;
+        files.noLongerAwaited(photo);
+    }
+    if (journal) {
+        for (const QJsonObject &feature : journal->finished())
+            files.claim(resultOf(feature));
+    }
+    return share;
+}
+
 QImage loadedLogo(const QString &path, PixelBuffers &buffers, const LogCallback &log)
 {
     if (path.isEmpty())
@@ -131,6 +160,19 @@ QImage loadedLogo(const QString &path, PixelBuffers &buffers, const LogCallback 
     if (logo.isNull())
         log(QStringLiteral("Error al abrir el logo."));
     return logo;
+}
+
+void recordFinished(const BatchRun &run, const PhotoPipeline &pipeline,
+                    const PhotoProcessor::FinishedCallback &onFinished)
+{
+    if (!run.journal && !onFinished)
+        return;
+    const MapPoint point = pipeline.mapPoint();
+    if (onFinished)
+        onFinished(point);
+    if (run.journal &&
+        run.journal->finish(QDir(run.directory).relativeFilePath(point.source), mapFeature(point)))
+        run.files.noLongerAwaited(point.source);
 }
 
 QString loadedFontFamily(const QString &fontPath, const LogCallback &log)
@@ -175,6 +217,21 @@ void PhotoProcessor::setStopRequest(const StopRequest &stopRequested)
     m_stopRequested = stopRequested;
 }
 
+void PhotoProcessor::setPart(const PhotoPart &part)
+{
+    m_part = part;
+}
+
+void PhotoProcessor::setJournal(Journal *journal)
+{
+    m_journal = journal;
+}
+
+void PhotoProcessor::setFinishedCallback(const FinishedCallback &callback)
+{
+    m_onFinished = callback;
+}
+
 PhotoProcessor::Summary PhotoProcessor::summary() const
 {
     return m_summary;
@@ -184,11 +241,18 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
                                          const ProgressCallback &progress)
 {
     QStringList passedOver;
-    const QStringList photos =
+    const QDir root(QDir(directory).absolutePath());
+    const QStringList found =
         findPhotos(directory, m_options.includeSubfolders, PhotoWalk::Batch, &passedOver);
+    RunFiles files(m_options, root.path(), found);
+    const auto [photos, finishedBefore] = shareOf(found, root, m_part, m_journal, files);
     const int total = static_cast<int>(photos.size());
+    if (finishedBefore > 0) {
+        log(QStringLiteral("Reanudando: %1 de %2 fotos ya estaban terminadas.")
+                .arg(finishedBefore)
+                .arg(total + finishedBefore));
+    }
     PixelBuffers buffers;
-    RunFiles files(m_options, QDir(directory).absolutePath(), photos);
     const Logo logo(loadedLogo(m_options.logoPath, buffers, log));
     std::optional<CoordinatesTable> table;
     if (!m_options.useExif && !m_options.txtPath.isEmpty())
@@ -200,14 +264,15 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
         progress(0, total);
     LogSlots logSlots(total);
     std::atomic<int> done = 0;
-    SummaryCounter counter(photos);
+    SummaryCounter counter(photos, finishedBefore);
     const BatchRun run{m_options,
                        log,
-                       QDir(directory).absolutePath(),
+                       root.path(),
                        table,
                        OverlayResources{&logo, loadedFontFamily(m_options.fontPath, log)},
                        files,
-                       buffers};
+                       buffers,
+                       m_journal};
 
     mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
               [&](const QString &path) {
@@ -217,6 +282,8 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
                   PhotoPipeline pipeline(run, path);
                   const PhotoResult result = processGuarded(pipeline);
                   counter.count(result, pipeline.file());
+                  if (result.outcome == PhotoPipeline::Outcome::Finished)
+                      recordFinished(run, pipeline, m_onFinished);
                   if (result.outcome == PhotoPipeline::Outcome::Left)
                       return;
                   const int doneNow = done.fetch_add(1) + 1;

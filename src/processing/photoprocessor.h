@@ -4,10 +4,15 @@
 #include "core/callbacks.h"
 #include "core/processoptions.h"
 #include "data/coordinatesfile.h"
+#include "data/geojson.h"
+#include "processing/photopart.h"
 
 #include <QObject>
 
+#include <functional>
 #include <optional>
+
+class Journal;
 
 /// The engine: carries out a batch over one folder of photos.
 class PhotoProcessor : public QObject
@@ -24,8 +29,8 @@ public:
 
     /// How a run ended.
     struct Summary {
-        int total = 0;               ///< photos found
-        int finished = 0;            ///< painted and saved with their metadata
+        int total = 0;               ///< photos found, of the part
+        int finished = 0;            ///< painted and saved with their metadata, also by earlier attempts
         int left = 0;                ///< given up on the way; their lines are not in the log
         int notSaved = 0;            ///< went to the end, but image or metadata could not be written
         int backupsFailed = 0;       ///< went on without the copy that was asked for
@@ -50,6 +55,19 @@ public:
     /// Asked before each photo; once it says yes, no further photo is taken up, and the photos in hand are
     /// finished.
     void setStopRequest(const StopRequest &stopRequested);
+
+    /// Works on the photos of one part only. The walk and the names that are kept for photos are those of the
+    /// whole run, so that the parts, run side by side, do together what one run does. Needs an output folder
+    /// that does not lie in the root, nor, with subfolders, the root in it.
+    void setPart(const PhotoPart &part);
+
+    /// Keeps a journal, which must outlive the run, and leaves out the photos that are finished according to
+    /// it. None by default. Needs what `setPart` needs.
+    void setJournal(Journal *journal);
+
+    /// Called for every photo that this run finishes, from any thread.
+    using FinishedCallback = std::function<void(const MapPoint &)>;
+    void setFinishedCallback(const FinishedCallback &callback);
 
     /// Runs the batch and returns when every photo is done. Never to be called from the GUI thread with more
     /// than one photo, which it would block. `directory` is the root of the run.
@@ -78,6 +96,9 @@ private:
     int m_threadCount = 0;
     std::optional<CoordinatesTable> m_table;
     StopRequest m_stopRequested;
+    PhotoPart m_part;
+    Journal *m_journal = nullptr;
+    FinishedCallback m_onFinished;
     Summary m_summary;
 };
 

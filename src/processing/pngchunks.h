@@ -23,6 +23,8 @@ struct PngMetadata {
 class PngChunks
 {
 public:
+    PngChunks() = default;
+
     /// What is no PNG has no chunks; of a file that ends early there are those that are whole.
     explicit PngChunks(const QByteArray &file);
 

@@ -123,12 +123,31 @@ QStringList WindowDriver::state() const
         const bool named = !widget->objectName().isEmpty();
         if (text.isEmpty() && !(named && qobject_cast<const QLineEdit *>(widget)))
             continue;
-        lines.append((named ? widget->objectName() : QStringLiteral("-")) + u' ' + text +
-                     (widget->isEnabled() ? QString() : QStringLiteral(" (disabled)")) +
-                     (widget->isHidden() ? QStringLiteral(" (hidden)") : QString()));
+        lines.append(QStringLiteral("%1 %2 %3 %4")
+                         .arg(named ? widget->objectName() : QStringLiteral("-"), text,
+                              widget->isEnabled() ? QString() : QStringLiteral("(disabled)"),
+                              widget->isHidden() ? QStringLiteral("(hidden)") : QString())
+                         .simplified());
     }
     lines.sort();
     return lines;
+}
+
+// Without a place for temporary files each preview leaves one line in the log.
+int WindowDriver::previewsOf(const std::function<void()> &action) const
+{
+    const auto lines = [this] {
+        return log().count(
+            QStringLiteral("Error: No se pudo crear el directorio temporal para la vista previa."));
+    };
+    const QByteArray place = qgetenv("TMPDIR");
+    qputenv("TMPDIR", "/dev/null");
+    const auto before = lines();
+    action();
+    preview();
+    const auto after = lines();
+    place.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", place);
+    return static_cast<int>(after - before);
 }
 
 void WindowDriver::onNextDialog(const std::function<void(QWidget *)> &answer) const

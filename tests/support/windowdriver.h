@@ -51,6 +51,9 @@ public:
     QImage preview() const;
     QString previewText() const;
 
+    /// How many previews an action asks for, which it does not get.
+    int previewsOf(const std::function<void()> &action) const;
+
     /// Each widget with a text or a value, one to a line, sorted: name, text or value, and what is unusual
     /// about it.
     QStringList state() const;
