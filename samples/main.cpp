@@ -92,7 +92,7 @@ void makeCameraPhotos(const QDir &folder, int count)
         const FreshTags tags{{-33.35 + index * 2e-4, -70.31 - index * 3e-4},
                              index * 7 % 360,
                              2300.0 + index,
-                             first.addSecs(index * 37)};
+                             first.addSecs(qint64(37) * index)};
         writeCameraPhoto(
             folder.filePath(QStringLiteral("DSC_%1.JPG").arg(index + 1, 5, 10, QLatin1Char('0'))), image,
             tags);

@@ -6,6 +6,7 @@
 #include "support/elevationserver.h"
 #include "support/fulldisk.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -268,9 +269,9 @@ void AltitudeFillTest::leavesTheFileOnFailure()
 
     QTemporaryDir other;
     m_path = other.filePath(QStringLiteral("tabla.csv"));
-    m_onLine = [&other](const QString &line) {
+    m_onLine = [folder = other.path()](const QString &line) {
         if (line.startsWith(QLatin1String("Altitud obtenida")))
-            other.remove();
+            QDir(folder).removeRecursively();
     };
     filled(contents);
     QCOMPARE(m_log.constLast().toUtf8(),

@@ -39,6 +39,11 @@ void SettingsTest::keepsThemInTheStore()
     QCOMPARE(loaded(), "Google Elevation| Clave%+/ |77");
     QCOMPARE(bytesOf(m_store),
              "[altitude]\napiKey=\" Clave%+/ \"\nprovider=Google Elevation\n\n[output]\njpegQuality=77\n");
+    const auto forOthers = QFile::ReadGroup | QFile::ReadOther;
+    QVERIFY(!QFile::permissions(m_store).testAnyFlags(forOthers)); // the key is nobody else's business
+    QFile::setPermissions(m_store, QFile::ReadOwner | QFile::WriteOwner | forOthers);
+    Settings::load();
+    QVERIFY(!QFile::permissions(m_store).testAnyFlags(forOthers)); // nor one from before
     writeText(m_store, "[output]\njpegQuality=mucha\n");
     QCOMPARE(loaded(), "OpenTopoData||90");
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/stampedpreview.h"
 
+#include "files/safewrite.h"
 #include "processing/photoprocessor.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QTemporaryDir>
@@ -24,12 +24,15 @@ void onlyDraw(ProcessOptions &options)
     options.outputFolder.clear();
 }
 
-// Copies a photo to a path where the copy can be written to, although the photo may be read-only.
+// Copies a photo to a path where nothing is yet. The copy can be written to, although the photo may be
+// read-only.
 bool copyWritable(const QString &path, const QString &copy)
 {
-    if (!QFile::copy(path, copy))
-        return false;
-    return QFile::setPermissions(copy, QFile::permissions(copy) | QFile::ReadOwner | QFile::WriteOwner);
+    FileStamp stamp;
+    QString error;
+    const std::optional<QByteArray> contents = readWhole(path, &stamp, &error);
+    FileReplacement file(copy);
+    return contents && file.open(&error) && file.commit(*contents, nullptr, Durability::Later, &error);
 }
 
 // A photo as a viewer shows it, turned as its orientation tag says.

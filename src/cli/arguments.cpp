@@ -171,8 +171,7 @@ QJsonObject resultsOf(const BatchRequest &request, const Preset &preset)
     results[QStringLiteral("logo")] = !request.options.logoPath.isEmpty();
     results[QStringLiteral("exif")] = request.options.useExif;
     results[QStringLiteral("incrustar")] = request.options.embedCsvInExif;
-    results[QStringLiteral("calidad")] = request.options.lossless ? QJsonValue(QStringLiteral("original"))
-                                                                  : QJsonValue(request.options.jpegQuality);
+    results[QStringLiteral("calidad")] = request.options.lossless ? -1 : request.options.jpegQuality;
     return results;
 }
 

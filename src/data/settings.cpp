@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/settings.h"
 
-#include <QFile>
+#include "files/attributes.h"
+
 #include <QSettings>
 
 namespace
@@ -18,11 +19,7 @@ const QString jpegQualityKey = QStringLiteral("output/jpegQuality");
 // keeps the permissions.
 void closeToOthers(const QSettings &store)
 {
-    constexpr QFile::Permissions ownerAlone = QFile::ReadOwner | QFile::WriteOwner;
-    constexpr QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
-                                          QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    if (QFile::permissions(store.fileName()).testAnyFlags(others))
-        QFile::setPermissions(store.fileName(), ownerAlone);
+    keepForOwner(store.fileName());
 }
 
 } // namespace

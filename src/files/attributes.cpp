@@ -73,3 +73,12 @@ void carryAttributes(const QString &from, const Descriptor &to, Attributes attri
         ::futimens(to.number(), times);
     }
 }
+
+void keepForOwner(const QString &path)
+{
+    constexpr QFile::Permissions ownerAlone = QFile::ReadOwner | QFile::WriteOwner;
+    constexpr QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                          QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    if (QFile::permissions(path).testAnyFlags(others))
+        QFile::setPermissions(path, ownerAlone);
+}

@@ -172,8 +172,8 @@ void PhotoFile::backUp()
 
     QString name;
     m_backupFailed = !writeBackup(folder, &name);
-    m_lines.append(m_backupFailed ? QStringLiteral("Error creando backup de ") + m_name
-                                  : QStringLiteral("Backup creado: ") + QDir(folder).filePath(name));
+    m_lines.append(m_backupFailed ? QString(QStringLiteral("Error creando backup de ") + m_name)
+                                  : QString(QStringLiteral("Backup creado: ") + QDir(folder).filePath(name)));
 }
 
 // The copy has to be on the disk before the photo is changed.
