@@ -22,7 +22,7 @@ namespace
 constexpr size_t componentCount = 3;
 
 // The bytes of a Format_RGB32 pixel in memory.
-constexpr J_COLOR_SPACE paintedPixel = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? JCS_EXT_BGRA : JCS_EXT_ARGB;
+constexpr J_COLOR_SPACE paintedSpace = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 
 // A progressive JPEG of more scans than this is no photo but a trap.
 constexpr int mostScans = 100;
@@ -390,7 +390,7 @@ bool Stamper::decode(const QRect &mcus, QImage &pixels)
                      static_cast<unsigned long>(header.size()));
         jpeg_read_header(decoder.get(), TRUE);
         decoder->buffered_image = TRUE;
-        decoder->out_color_space = paintedPixel;
+        decoder->out_color_space = paintedSpace;
         jpeg_start_decompress(decoder.get());
         jpeg_start_output(decoder.get(), 1);
         while (decoder->output_scanline < decoder->output_height) {
@@ -420,7 +420,7 @@ bool Stamper::encode(Piece &piece, const QImage &pixels, QPoint topLeft)
         encoder->dest = unused.manager();
         setUp(encoder.get(), area.size());
         setTables(encoder.get());
-        encoder->in_color_space = paintedPixel;
+        encoder->in_color_space = paintedSpace;
         encoder->input_components = 4;
         encoder->scan_info = scans.data();
         encoder->num_scans = static_cast<int>(scans.size());
