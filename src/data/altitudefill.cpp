@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/altitudefill.h"
 
+#include "data/coordinatesfile.h"
 #include "data/elevationservice.h"
 #include "data/networkerror.h"
 #include "data/settings.h"
@@ -26,10 +27,9 @@
 namespace
 {
 
-enum Column { Name, Zone, Letter, Easting, Northing };
+using enum CoordinatesColumns::Column;
 
 constexpr std::chrono::milliseconds stopInterval{50};
-constexpr qsizetype positionColumns = Northing + 1;
 
 QString fixedText(double value, int decimals)
 {
@@ -179,7 +179,7 @@ std::optional<UtmPosition> AltitudeFill::linePosition(qsizetype index, const QSt
         m_log(QStringLiteral("DEBUG: Omisión línea %1: %2").arg(QString::number(index), reason));
         return std::nullopt;
     };
-    if (columns.size() < positionColumns)
+    if (columns.size() < CoordinatesColumns::required)
         return omit(QStringLiteral("menos de 5 columnas"));
     const QString letter = columns.at(Letter).trimmed();
     if (letter.isEmpty())

@@ -15,9 +15,7 @@
 namespace
 {
 
-enum Column { Name, Zone, Letter, Easting, Northing, Orientation, Date, Altitude };
-
-constexpr qsizetype requiredColumns = Northing + 1;
+using enum CoordinatesColumns::Column;
 
 std::optional<int> parseInteger(const QString &text)
 {
@@ -128,7 +126,7 @@ void readOptional(const QStringList &fields, UtmEntry &entry, const LogCallback 
 void readRow(const QString &line, CoordinatesTable &table, const LogCallback &log)
 {
     QStringList fields = line.split(u';');
-    if (fields.size() < requiredColumns) {
+    if (fields.size() < CoordinatesColumns::required) {
         log(QStringLiteral("Línea inválida en archivo txt (menos de 5 columnas): ") + line);
         return;
     }

@@ -8,6 +8,12 @@
 #include <QMap>
 #include <QString>
 
+/// The columns of the coordinates file, in their order.
+struct CoordinatesColumns {
+    enum Column { Name, Zone, Letter, Easting, Northing, Orientation, Date, Altitude };
+    static constexpr qsizetype required = Northing + 1; ///< how many a row must have
+};
+
 /// One accepted row of the coordinates file.
 struct UtmEntry : UtmPosition {
     double orientation = 0.0; ///< degrees, as written

@@ -15,7 +15,7 @@ namespace
 // Of a JPEG the beginning is enough, as long as it reaches the pixels.
 QByteArray metadataBytes(const QString &path)
 {
-    constexpr qint64 usualHead = 256 * 1024;
+    constexpr qint64 usualHead = qint64(256) * 1024;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {};

@@ -46,7 +46,7 @@ void readDensity(const QByteArray &encoded, QImage &image)
 {
     if (!hasJfifHeader(encoded))
         return;
-    const int unit = encoded[jfifUnit];
+    const int unit = static_cast<uchar>(encoded[jfifUnit]);
     const int across = bigEndian16(encoded, jfifAcross);
     const int down = bigEndian16(encoded, jfifDown);
     if ((unit != 1 && unit != 2) || across == 0 || down == 0)
