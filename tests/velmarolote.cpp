@@ -234,11 +234,13 @@ void VelmaroLoteTest::keepsTheOriginalQuality()
 void VelmaroLoteTest::tellsWhatWasLeft()
 {
     writePhoto(path("fotos/a.jpg"), plainImage({16, 16}));
-    writeText(path("fotos/sub/b.jpg"), "no image");
+    writeText(path("fotos/Backup"), "no folder");
+    QCOMPARE(run("fotos --sin-renombrar"), 1); // for want of the copy alone
     QFile::copy(path("fotos/a.jpg"), path("c"));
     const QByteArray unreadable = QFile::encodeName(path("fotos")) + QByteArray("/\xf1.jpg");
     QCOMPARE(rename(QFile::encodeName(path("c")).constData(), unreadable.constData()), 0);
-    writeText(path("fotos/Backup"), "no folder");
+    QCOMPARE(run("fotos --salida salida"), 1); // for the photo that was passed over
+    writeText(path("fotos/sub/b.jpg"), "no image");
     QCOMPARE(run("fotos --subcarpetas"), 1);
     QCOMPARE(m_errors.remove(m_folder->path() + u'/'),
              QStringLiteral(
