@@ -218,7 +218,10 @@ void MainWindowTest::prefixNeedsRenaming()
 
 void MainWindowTest::browsesPhotos()
 {
-    m_driver->writePhotos(3, {400, 300});
+    m_driver->writePhotos(2, {400, 300});
+    const QString aside = m_driver->path(QStringLiteral("aparte.jpg"));
+    writePhoto(aside, plainImage({400, 300}, Qt::green));
+    QVERIFY(QFile::link(aside, m_driver->photos() + QStringLiteral("/enlace.jpg")));
     m_driver->type("directoryEdit", m_driver->photos());
     const auto *caption = m_driver->find<QLabel>("photoCaption");
     const auto place = [&]() -> QString {
@@ -315,14 +318,14 @@ void MainWindowTest::tellsWhatCannotBeShown()
 
     // A resize scales the last good preview, and brings it back in place of a message.
     QFile::remove(m_driver->photos() + QStringLiteral("/a.jpg"));
-    m_driver->writePhotos(1, {400, 300});
+    m_driver->writePhotos(2, {400, 300});
     m_driver->type("directoryEdit", m_driver->photos() + u'/');
     const QSize before = m_driver->preview().size();
     m_driver->window->showNormal();
     m_driver->window->resize(700, 500);
     QTRY_VERIFY(m_driver->preview().width() < before.width());
     m_driver->type("directoryEdit", nothing);
-    QVERIFY(m_driver->preview().isNull());
+    QVERIFY(m_driver->preview().isNull() && !m_driver->isEnabled("nextButton"));
     m_driver->window->resize(800, 600);
     QTRY_VERIFY(!m_driver->preview().isNull());
 }
