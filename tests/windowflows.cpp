@@ -312,7 +312,7 @@ void WindowFlowsTest::refusesAnAltitudeFill()
     QCOMPARE(m_server.requests(), QStringList());
     restartWithKey(QStringLiteral("clave"));
     m_driver->messageOf("populateAltitudeButton");
-    QTRY_VERIFY(m_driver->isEnabled("populateAltitudeButton"));
+    QTRY_VERIFY_WITH_TIMEOUT(m_driver->isEnabled("populateAltitudeButton"), 20000);
     QVERIFY(m_server.requests().value(0).endsWith(QStringLiteral("&key=clave")));
 }
 
