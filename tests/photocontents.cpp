@@ -241,6 +241,16 @@ void PhotoContentsTest::takesAlongIntoJpeg()
                  "los datos XMP, demasiado grandes para un JPEG")
                  .arg(chileName));
 
+    // Image resources and IPTC in texts of their own, and the IPTC among the resources as well.
+    const auto raw = [](const QByteArray &name, const QByteArray &block) {
+        return chunk("tEXt", "Raw profile type " + name + '\0' + '\n' + name + "\n 0\n" + block.toHex());
+    };
+    const QByteArray iptc = QByteArray::fromHex("1c02780001") + 'x';
+    const QByteArray both = resource(0x03ed, "resolution") + resource(0x0404, iptc);
+    for (const QByteArray &eight : {both, resource(0x03ed, "resolution")})
+        QCOMPARE(converted(raw("8bim", eight) + raw("iptc", iptc)),
+                 segment(0xed, QByteArray("Photoshop 3.0\0", 14) + both));
+
     const QByteArray large = QByteArray("II*\0\x08\0\0\0\x02\0"
                                         "\x0e\x01\x02\0\x70\x11\x01\0\x26\0\0\0"  // the description
                                         "\x0f\x01\x02\0\x03\0\0\0ok\0\0\0\0\0\0", // the maker
@@ -251,16 +261,6 @@ void PhotoContentsTest::takesAlongIntoJpeg()
              QStringList(
                  QStringLiteral("No se conserva en %1.jpg: las etiquetas EXIF más grandes").arg(fixedName)));
     QCOMPARE(tagOf(m_root + u'/' + fixedName + QStringLiteral(".jpg"), "Exif.Image.Make"), "ok");
-
-    // Image resources and IPTC in texts of their own, and the IPTC among the resources as well.
-    const auto raw = [](const QByteArray &name, const QByteArray &block) {
-        return chunk("tEXt", "Raw profile type " + name + '\0' + '\n' + name + "\n 0\n" + block.toHex());
-    };
-    const QByteArray iptc = QByteArray::fromHex("1c02780001") + 'x';
-    const QByteArray both = resource(0x03ed, "resolution") + resource(0x0404, iptc);
-    for (const QByteArray &eight : {both, resource(0x03ed, "resolution")})
-        QCOMPARE(converted(raw("8bim", eight) + raw("iptc", iptc)),
-                 segment(0xed, QByteArray("Photoshop 3.0\0", 14) + both));
 
     const QByteArray gamma = converted(chunk("gAMA", bigEndian<quint32>(55556)));
     QCOMPARE(qRound(10 * QColorSpace::fromIccProfile(gamma.mid(18)).gamma()), 18);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "processing/runfiles.h"
 #include "support/batchfixture.h"
 #include "support/fulldisk.h"
 
@@ -267,6 +268,17 @@ void PhotoFileTest::leavesStrangersAlone()
     QCOMPARE(processor.summary().notSaved, 1);
     QCOMPARE(log.filter(QStringLiteral("Error guardando la imagen: otro programa")).size(), 1);
     QVERIFY(processor.summary().leftPhotos[0].reason.contains(QStringLiteral("otro programa")));
+
+    // The disk of the output folder goes away during the run; under its path there is another one then.
+    m_options.useOutputFolder = true;
+    m_options.outputFolder = path(QStringLiteral("salida"));
+    QVERIFY(QFile::link(m_folder->path(), m_options.outputFolder));
+    RunFiles files(m_options, m_root, {});
+    QVERIFY(files.claim(m_options.outputFolder + QStringLiteral("/a.jpg")));
+    QCOMPARE(files.finish(), QString());
+    QFile::remove(m_options.outputFolder);
+    QVERIFY(QFile::link(QStringLiteral("/proc"), m_options.outputFolder));
+    QVERIFY(!files.finish().isEmpty());
 }
 
 void PhotoFileTest::backsUpUnderAnyName()

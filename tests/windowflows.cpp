@@ -277,7 +277,7 @@ void WindowFlowsTest::breaksOffAnAltitudeFill()
 {
     const QByteArray table =
         coordinatesHeader().toUtf8() + "\na;19;H;300000;6000000\nb;19;H;300000;6000000\n";
-    m_server.setAnswers({{R"({"status": "OK", "results": [{"elevation": 1}]})"}, {"{}", 200, 3000}});
+    m_server.setAnswers({{R"({"status": "OK", "results": [{"elevation": 1}]})"}, {"{}", 200, 5000}});
     writeText(path("tabla.csv"), table);
     m_driver->type("txtPathEdit", path("tabla.csv"));
     m_driver->click("populateAltitudeButton");
@@ -287,7 +287,7 @@ void WindowFlowsTest::breaksOffAnAltitudeFill()
     m_driver->window->close();
     QVERIFY(!m_driver->window->isVisible());
     m_driver->window.reset();
-    QVERIFY(timer.elapsed() < 2000);
+    QVERIFY(timer.elapsed() < 4000);
     QCOMPARE(bytesOf(path("tabla.csv")), table);
 }
 
@@ -312,7 +312,7 @@ void WindowFlowsTest::refusesAnAltitudeFill()
     QCOMPARE(m_server.requests(), QStringList());
     restartWithKey(QStringLiteral("clave"));
     m_driver->messageOf("populateAltitudeButton");
-    QTRY_VERIFY(m_driver->isEnabled("populateAltitudeButton"));
+    QTRY_VERIFY_WITH_TIMEOUT(m_driver->isEnabled("populateAltitudeButton"), 20000);
     QVERIFY(m_server.requests().value(0).endsWith(QStringLiteral("&key=clave")));
 }
 

@@ -18,7 +18,8 @@ CoefficientRows::CoefficientRows(const BlockLayout &layout, int rows, PixelBuffe
 {
     size_t blocks = 0;
     for (size_t component = 0; component < m_components.size(); ++component) {
-        m_components[component].rows.resize(static_cast<size_t>(rows * layout.down[component]));
+        m_components[component].rows.resize(static_cast<size_t>(rows) *
+                                            static_cast<size_t>(layout.down[component]));
         blocks += m_components[component].rows.size() * static_cast<size_t>(blocksAcross(component));
     }
     if (blocks * sizeof(JBLOCK) <= mostBytes)

@@ -22,7 +22,7 @@ namespace
 constexpr size_t componentCount = 3;
 
 // The bytes of a Format_RGB32 pixel in memory.
-constexpr J_COLOR_SPACE paintedPixel = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? JCS_EXT_BGRA : JCS_EXT_ARGB;
+constexpr J_COLOR_SPACE paintedSpace = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 
 // A progressive JPEG of more scans than this is no photo but a trap.
 constexpr int mostScans = 100;
@@ -47,7 +47,7 @@ public:
         const int top = m_firstMcu.y() * layout.down[component] + static_cast<int>(first);
         for (JDIMENSION row = 0; row < count; ++row)
             m_rows[row] = m_whole.row(component, top + static_cast<int>(row)) +
-                          m_firstMcu.x() * layout.across[component];
+                          ptrdiff_t{m_firstMcu.x()} * layout.across[component];
         return m_rows.data();
     }
 
@@ -390,7 +390,7 @@ bool Stamper::decode(const QRect &mcus, QImage &pixels)
                      static_cast<unsigned long>(header.size()));
         jpeg_read_header(decoder.get(), TRUE);
         decoder->buffered_image = TRUE;
-        decoder->out_color_space = paintedPixel;
+        decoder->out_color_space = paintedSpace;
         jpeg_start_decompress(decoder.get());
         jpeg_start_output(decoder.get(), 1);
         while (decoder->output_scanline < decoder->output_height) {
@@ -409,7 +409,7 @@ bool Stamper::encode(Piece &piece, const QImage &pixels, QPoint topLeft)
     piece.painted = std::make_unique<CoefficientRows>(layout, piece.mcus.height(), m_buffers);
     const QRect area = pixelsOf(piece.mcus);
     const QPoint offset = area.topLeft() - topLeft;
-    const uchar *firstRow = pixels.constScanLine(offset.y()) + offset.x() * (pixels.depth() / 8);
+    const uchar *firstRow = pixels.constScanLine(offset.y()) + ptrdiff_t{offset.x()} * (pixels.depth() / 8);
     const auto stride = static_cast<size_t>(pixels.bytesPerLine());
     static constexpr std::array<jpeg_scan_info, componentCount> scans{
         {{1, {1}, 0, 63, 0, 0}, {1, {2}, 0, 63, 0, 0}, {1, {0}, 0, 63, 0, 0}}};
@@ -420,7 +420,7 @@ bool Stamper::encode(Piece &piece, const QImage &pixels, QPoint topLeft)
         encoder->dest = unused.manager();
         setUp(encoder.get(), area.size());
         setTables(encoder.get());
-        encoder->in_color_space = paintedPixel;
+        encoder->in_color_space = paintedSpace;
         encoder->input_components = 4;
         encoder->scan_info = scans.data();
         encoder->num_scans = static_cast<int>(scans.size());
@@ -458,8 +458,9 @@ void Stamper::putBack(const Piece &piece, int mcuRow)
             const int across = m_layout.across[component];
             const int down = m_layout.down[component];
             for (int row = 0; row < down; ++row)
-                std::memcpy(m_rows->row(component, mcuRow * down + row) + (piece.mcus.left() + x) * across,
-                            piece.painted->row(component, rowOfPiece * down + row) + x * across,
+                std::memcpy(m_rows->row(component, mcuRow * down + row) +
+                                ptrdiff_t{piece.mcus.left() + x} * across,
+                            piece.painted->row(component, rowOfPiece * down + row) + ptrdiff_t{x} * across,
                             static_cast<size_t>(across) * sizeof(JBLOCK));
         }
     }

@@ -177,7 +177,7 @@ bool isPlainText(const PngChunk &chunk)
 QByteArray gammaProfile(QByteArrayView gamma, QByteArrayView chromaticities)
 {
     constexpr double unit = 100000.0;
-    const auto number = [](QByteArrayView data, int index) {
+    const auto number = [](QByteArrayView data, qsizetype index) {
         return qFromBigEndian<quint32>(data.data() + 4 * index) / unit;
     };
     if (gamma.size() != 4 || number(gamma, 0) <= 0)

@@ -154,6 +154,10 @@ QString RunFiles::finish()
     QSet<quint64> synced;
     QString error;
     for (auto folder = m_outputFolders.cbegin(); folder != m_outputFolders.cend(); ++folder) {
+        // Where a disk was taken out, its mount point has taken the rest.
+        if (const std::optional<FileId> now = fileId(folder.value());
+            !now || now->device != folder.key().device)
+            return QStringLiteral("un disco con resultados ya no está");
         if (synced.contains(folder.key().device))
             continue;
         synced.insert(folder.key().device);
