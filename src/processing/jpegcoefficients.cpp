@@ -47,7 +47,7 @@ public:
         const int top = m_firstMcu.y() * layout.down[component] + static_cast<int>(first);
         for (JDIMENSION row = 0; row < count; ++row)
             m_rows[row] = m_whole.row(component, top + static_cast<int>(row)) +
-                          ptrdiff_t{m_firstMcu.x()} * layout.across[component];
+                          static_cast<ptrdiff_t>(m_firstMcu.x()) * layout.across[component];
         return m_rows.data();
     }
 
@@ -409,7 +409,8 @@ bool Stamper::encode(Piece &piece, const QImage &pixels, QPoint topLeft)
     piece.painted = std::make_unique<CoefficientRows>(layout, piece.mcus.height(), m_buffers);
     const QRect area = pixelsOf(piece.mcus);
     const QPoint offset = area.topLeft() - topLeft;
-    const uchar *firstRow = pixels.constScanLine(offset.y()) + ptrdiff_t{offset.x()} * (pixels.depth() / 8);
+    const uchar *firstRow =
+        pixels.constScanLine(offset.y()) + static_cast<ptrdiff_t>(offset.x()) * (pixels.depth() / 8);
     const auto stride = static_cast<size_t>(pixels.bytesPerLine());
     static constexpr std::array<jpeg_scan_info, componentCount> scans{
         {{1, {1}, 0, 63, 0, 0}, {1, {2}, 0, 63, 0, 0}, {1, {0}, 0, 63, 0, 0}}};
@@ -459,8 +460,9 @@ void Stamper::putBack(const Piece &piece, int mcuRow)
             const int down = m_layout.down[component];
             for (int row = 0; row < down; ++row)
                 std::memcpy(m_rows->row(component, mcuRow * down + row) +
-                                ptrdiff_t{piece.mcus.left() + x} * across,
-                            piece.painted->row(component, rowOfPiece * down + row) + ptrdiff_t{x} * across,
+                                static_cast<ptrdiff_t>(piece.mcus.left() + x) * across,
+                            piece.painted->row(component, rowOfPiece * down + row) +
+                                static_cast<ptrdiff_t>(x) * across,
                             static_cast<size_t>(across) * sizeof(JBLOCK));
         }
     }
