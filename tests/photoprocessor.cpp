@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/photoprocessor.h"
 
+#include "files/folders.h"
 #include "processing/photowalk.h"
 #include "support/batchfixture.h"
 
-#include <QRegularExpression>
 #include <QTest>
 
 #include <stdexcept>
@@ -62,11 +62,11 @@ private slots:
     void reportsInOrder()
     {
         constexpr int count = 12;
-        const auto sizeOf = [](int i) {
-            return QSize(20 + 37 * i % 200, 10 + 7 * i);
-        };
-        for (int i = 0; i < count; ++i)
-            writePhoto(photo(QByteArray::number(i) + ".jpg"), plainImage(sizeOf(i), QColor(20 * i, 90, 60)));
+        QList<QImage> images; // of many sizes, since they share buffers
+        for (int i = 0; i < count; ++i) {
+            images.append(plainImage({20 + 37 * i % 200, 10 + 7 * i}, QColor(20 * i, 90, 60)));
+            writePhoto(photo(QByteArray::number(i) + ".png"), images[i]);
+        }
         m_options.logoPath = photo("no logo.png");
         writeText(m_options.logoPath, "no image"); // also a photo, left without a line
         m_options.renamePhotos = false;
@@ -85,11 +85,9 @@ private slots:
             QCOMPARE(report.log[i + linesPerPhoto - 1],
                      QString(report.log[i]).replace(u"\nProcesando: "_s, u"Metadatos escritos para "_s));
 
-        for (int i = 0; i < count; ++i) { // whatever buffers they shared
-            const QImage result(photo(QByteArray::number(i) + ".jpg"));
-            QCOMPARE(result.size(), sizeOf(i));
-            QVERIFY(qAbs(result.pixelColor(result.width() - 1, result.height() - 1).red() - 20 * i) < 5);
-        }
+        for (int i = 0; i < count; ++i)
+            QCOMPARE(QImage(photo(QByteArray::number(i) + ".png")).convertToFormat(images[i].format()),
+                     images[i]);
 
         // 0 to 12 of 13, in any order after the first: the photo that was left is never counted
         QCOMPARE(report.progress.value(0), qMakePair(0, count + 1));
@@ -105,45 +103,36 @@ private slots:
 
         writePhoto(photo("a.jpg"), plainImage({20, 10}));
         writePhoto(photo("b.png"), plainImage({66000, 1})); // too wide for a JPEG
-        writeText(photo("c.jpg"), "no image");
-        writePhoto(photo("d.jpg"), plainImage({20, 10}), gpsTags()); // with a rose
-        writeText(photo("Backup"), "in the way of the copies");
-        m_options.createBackup = true;
+        writePhoto(photo("d.jpg"), plainImage({20, 10}), gpsTags());
         m_options.addCompass = true;
         m_options.compassRatio = 0.2;
-        PhotoProcessor processor;
-        processor.setOptions(m_options);
-        processor.setThreadCount(1);
         const auto log = [](const QString &line) {
             if (line == u"Dibujando rosa con orientación 90.5"_s)
-                throw std::runtime_error("no memory: 0 bytes");
+                throw std::runtime_error("no memory");
         };
+        PhotoProcessor processor;
+        processor.setOptions(m_options);
         processor.renamePhotosWithUTM(m_root, log, {});
         const PhotoProcessor::Summary summary = processor.summary();
-        QStringList told(u"%1 %2 %3 %4 %5"_s.arg(summary.total)
+        QStringList told(u"%1 %2 %3 %4"_s.arg(summary.total)
                              .arg(summary.finished)
                              .arg(summary.left)
-                             .arg(summary.notSaved)
-                             .arg(summary.backupsFailed));
+                             .arg(summary.notSaved));
         for (const PhotoProcessor::LeftPhoto &left : summary.leftPhotos)
-            told.append(u"%1 %2 %3"_s.arg(left.path, left.nowAt, left.reason));
+            told.append(nameOf(left.path) + u": "_s + left.reason);
         told.sort();
-        static const QRegularExpression numbers(u" \\(\\d\\)"_s); // by the order of the walk
         QCOMPARE(
-            told.join(u'\n').remove(m_root).remove(numbers).toUtf8(),
-            "/b.png /19J 500000 6000000.jpg Error guardando la imagen: Maximum supported image dimension is "
-            "65500 pixels\n"
-            "/c.jpg /19J 500000 6000000.jpg Error al abrir la imagen: /19J 500000 6000000.jpg\n"
-            "/d.jpg /19G 345093 6297582.jpg no memory: 0 bytes\n"
-            "4 1 2 1 4");
+            told.join(u", ").toUtf8(),
+            "3 1 1 1, b.png: Error guardando la imagen: Maximum supported image dimension is 65500 pixels, "
+            "d.jpg: no memory");
     }
 
     void saysHowLongItTook()
     {
-        QStringList texts;
+        QString texts;
         for (const qint64 ms : {999, 59999, 60000, 3599999, 3600000, 45125000})
-            texts.append(elapsedText(ms));
-        QCOMPARE(texts.join(u", ").toUtf8(), "0s, 59s, 1m 00s, 59m 59s, 1h 00m 00s, 12h 32m 05s");
+            texts += elapsedText(ms) + u' ';
+        QCOMPARE(texts, u"0s 59s 1m 00s 59m 59s 1h 00m 00s 12h 32m 05s "_s);
     }
 };
 

@@ -54,15 +54,11 @@ private slots:
         const auto refuse = [](const seccomp_data &) {
             return EINVAL;
         };
-        QByteArray told;
-        const auto work = [&] {
-            told = namesGiven();
-        };
-        if (!withSystemCalls({SYS_renameat2}, refuse, work))
-            QSKIP("needs a system that lets a program answer for it");
-        QCOMPARE(told, given);
-        QVERIFY(withSystemCalls({SYS_renameat2, SYS_link, SYS_linkat}, refuse, work));
-        QCOMPARE(told, given);
+        for (const std::vector<long> &calls : {std::vector<long>{SYS_renameat2}, {SYS_renameat2, SYS_link}}) {
+            QByteArray told;
+            withSystemCalls(calls, refuse, [&] { told = namesGiven(); });
+            QCOMPARE(told, given);
+        }
 
         // A file that got a second name, but could not lose the first, does not keep both.
         const QTemporaryDir folder;
