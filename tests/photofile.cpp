@@ -20,13 +20,14 @@ class PhotoFileTest : public BatchFixture
 {
     Q_OBJECT
 
-    // Photos below the root, as wide as the number that comes next.
+    // Photos below the root, as wide as the number that comes next; "P.jpg" is named after their position.
     void write(const QByteArray &names)
     {
-        for (const QByteArray &name : names.split(' ')) {
+        for (QByteArray name : names.split(' ')) {
             const int width = 16 + static_cast<int>(m_originals.size());
-            writePhoto(photo(name), plainImage({width, 16}), gpsTags());
-            m_originals[width] = bytesOf(photo(name));
+            const QString file = photo(name.replace("P.jpg", "19G 345093 6297582.jpg"));
+            writePhoto(file, plainImage({width, 16}), gpsTags());
+            m_originals[width] = bytesOf(file);
         }
     }
 
@@ -248,30 +249,45 @@ private slots:
         }
     }
 
-    // A photo that could not get its name leaves it to the next, and what is not on the disk is told.
     void goesOnWhenTheDiskFails()
     {
-        write("a.jpg b.jpg");
-        m_options.renamePhotos = true;
-        bool failed = false;
-        const auto fail = [&](const seccomp_data &call) {
-            const QByteArray name(call.nr == SYS_syncfs ? "" : reinterpret_cast<const char *>(call.args[3]));
-            const bool passes = !name.isEmpty() && (failed || !name.endsWith("/19G 345093 6297582.jpg"));
-            failed = failed || !passes;
-            return passes ? 0 : EIO;
-        };
+        // A photo whose copy cannot get a name, its own or the new one, leaves that to the next, and what may
+        // not be on the disk is told.
+        for (const QByteArray name : {"a.jpg", "P.jpg"}) {
+            init();
+            write(name + " sub/b.jpg");
+            const QString salida = path(u"salida"_s);
+            QDir().mkpath(salida);
+            QVERIFY(QFile::link(salida, salida + u"/sub"_s));
+            m_options.renamePhotos = true;
+            QByteArray told;
+            bool failed = false;
+            const auto fail = [&](const seccomp_data &call) {
+                if (call.nr == SYS_syncfs)
+                    return EIO;
+                const QByteArray to(reinterpret_cast<const char *>(call.args[3]));
+                return to.endsWith("/19G 345093 6297582.jpg") && !std::exchange(failed, true) ? EIO : 0;
+            };
+            withSystemCalls({SYS_renameat2, SYS_syncfs}, fail, [&] { told = ran(salida); });
+            QCOMPARE(told, name + " 16, sub/b.jpg 17 | P.jpg 17*" + (name == "P.jpg" ? "" : ", a.jpg 16") +
+                               " | 1, error de entrada o salida del disco");
+            QCOMPARE(m_summary.notSynced, u"error de entrada o salida del disco"_s);
+        }
+
+        // In place it has to be on the disk before it takes the place of the photo.
+        init();
+        write("a.jpg");
         QByteArray told;
-        const QString salida = path(u"salida"_s);
-        withSystemCalls({SYS_renameat2, SYS_syncfs}, fail, [&] { told = ran(salida); });
-        QVERIFY2(told.contains(" | P.jpg 1"), told.constData());
-        QVERIFY2(told.endsWith(" | 1, error de entrada o salida del disco"), told.constData());
-        QCOMPARE(m_summary.notSynced, u"error de entrada o salida del disco"_s);
+        withSystemCalls(
+            {SYS_fsync}, [](const seccomp_data &) { return EIO; }, [&] { told = ran(); });
+        QCOMPARE(told, "a.jpg 16 | 0, error de entrada o salida del disco, no backup");
 
         // The disk of the output folder goes away during the run; under its path there is another one then.
+        m_options.useOutputFolder = true;
         RunFiles files(m_options, m_root, {});
-        QVERIFY(files.claim(salida + u"/a.jpg"_s));
-        QDir(salida).removeRecursively();
-        QVERIFY(QFile::link(u"/proc"_s, salida));
+        QVERIFY(files.claim(m_root + u"/a.jpg"_s));
+        QDir(m_root).removeRecursively();
+        QVERIFY(QFile::link(u"/proc"_s, m_root));
         QCOMPARE(files.finish(), u"un disco con resultados ya no está"_s);
     }
 

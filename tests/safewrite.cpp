@@ -16,23 +16,19 @@
 
 using namespace Qt::StringLiterals;
 
-/// Files get new contents whole or not at all.
+/// Files get new contents whole or not at all. The current folder is one with a file "a".
 class SafeWriteTest : public QObject
 {
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_file; ///< "a" in the folder
-
-    QString path(const QString &name) const { return m_folder->filePath(name); }
 
     // Everything in the folder with its contents, links with an arrow: "a=old b->new".
-    QByteArray files() const
+    static QByteArray files()
     {
         QByteArrayList files;
-        const QDir folder(m_folder->path());
         for (const QFileInfo &file :
-             folder.entryInfoList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name))
+             QDir().entryInfoList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name))
             files.append(file.fileName().toUtf8() + (file.isSymLink() ? "->" : "=") +
                          bytesOf(file.filePath()));
         return files.join(' ');
@@ -44,25 +40,28 @@ class SafeWriteTest : public QObject
         QString error = u"no reason"_s;
         return writeWhole(path, contents, &error) ? "" : error.toUtf8();
     }
-    QByteArray replace(const QByteArray &contents, FileStamp stamp)
+    static QByteArray replace(const QString &path, const QByteArray &contents, FileStamp stamp)
     {
         QString error = u"no reason"_s;
-        const bool done = replaceContents(m_file, contents, std::move(stamp), Durability::OnReturn, &error);
+        const bool done = replaceContents(path, contents, std::move(stamp), Durability::OnReturn, &error);
         return done ? "" : error.toUtf8();
+    }
+    static QByteArray replace(const QByteArray &contents)
+    {
+        return replace(u"a"_s, contents, FileStamp::of(u"a"_s));
     }
 
     // Owner, group, mode, and the two attributes of this test.
-    static QByteArray attributesOf(const QString &path)
+    static QByteArray attributesOf(const char *name)
     {
-        const QFileInfo file(path);
         struct stat status {
         };
-        stat(QFile::encodeName(path).constData(), &status);
+        stat(name, &status);
         QByteArray text =
-            u"%1:%2 %3"_s.arg(file.ownerId()).arg(file.groupId()).arg(status.st_mode, 0, 8).toUtf8();
-        for (const char *name : {"user.nota", "system.posix_acl_access"}) {
+            u"%1:%2 %3"_s.arg(status.st_uid).arg(status.st_gid).arg(status.st_mode, 0, 8).toUtf8();
+        for (const char *attribute : {"user.nota", "system.posix_acl_access"}) {
             QByteArray value(1000, '\0');
-            value.resize(1 + getxattr(QFile::encodeName(path).constData(), name, value.data() + 1, 999));
+            value.resize(1 + getxattr(name, attribute, value.data() + 1, 999));
             text += ' ' + value.toHex();
         }
         return text;
@@ -72,30 +71,31 @@ private slots:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_file = path(u"a"_s);
-        writeText(m_file, "old");
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        writeText(u"a"_s, "old");
     }
 
     void keepsTheOldFileWhenTheDiskFails()
     {
         for (const int bytes : {0, 1, 5}) {
             const FullDisk full(bytes);
-            QCOMPARE(write(m_file, "longer"), "el archivo es demasiado grande");
-            QCOMPARE(write(path(u"new"_s), "longer"), "el archivo es demasiado grande");
-            QCOMPARE(replace("longer", FileStamp::of(m_file)), "el archivo es demasiado grande");
+            QCOMPARE(write(u"a"_s, "longer"), "el archivo es demasiado grande");
+            QCOMPARE(write(u"new"_s, "longer"), "el archivo es demasiado grande");
+            QCOMPARE(replace("longer"), "el archivo es demasiado grande");
             QCOMPARE(files(), "a=old");
         }
-        const auto replaceWhile = [this](long call, const auto &answer) -> QByteArray {
+        const auto replaceWhile = [](long call, const auto &answer) -> QByteArray {
             QByteArray told;
-            withSystemCalls({call}, answer, [&] { told = replace("longer", FileStamp::of(m_file)); });
+            withSystemCalls({call}, answer, [&] { told = replace("longer"); });
             return told + ", " + files();
         };
         const auto fail = [](const seccomp_data &) {
             return EIO;
         };
-        const auto cutShort = [this](const seccomp_data &) {
-            const QDir folder(m_folder->path(), u".velmaro-*"_s, QDir::Name, QDir::Files | QDir::Hidden);
-            return QFile::resize(folder.filePath(folder.entryList().value(0)), 2) ? 0 : ENOENT;
+        const auto cutShort = [](const seccomp_data &) {
+            return QFile::resize(QDir().entryList({u".velmaro-*"_s}, QDir::Files | QDir::Hidden).value(0), 2)
+                       ? 0
+                       : ENOENT;
         };
         for (const long call : {SYS_fsync, SYS_close, SYS_rename})
             QCOMPARE(replaceWhile(call, fail), "error de entrada o salida del disco, a=old");
@@ -107,66 +107,60 @@ private slots:
         // Version 2: the owner and user 1001 may read and write, the group may read, others nothing.
         const QByteArray list = QByteArray::fromHex("0200000001000600ffffffff02000600e903000004000400ffffffff"
                                                     "10000600ffffffff20000000ffffffff");
-        const auto set = [](const QString &file, const char *name, const QByteArray &value) {
-            return setxattr(QFile::encodeName(file).constData(), name, value.constData(),
-                            static_cast<size_t>(value.size()), 0) == 0;
-        };
-        const QByteArray name = QFile::encodeName(m_file);
-        if (chown(name.constData(), 1234, 5678) != 0 || !set(m_file, "user.nota", "hola") ||
-            !set(m_file, "system.posix_acl_access", list))
+        const auto size = static_cast<size_t>(list.size());
+        if (chown("a", 1234, 5678) != 0 || setxattr("a", "user.nota", "hola", 4, 0) != 0 ||
+            setxattr("a", "system.posix_acl_access", list.constData(), size, 0) != 0)
             QSKIP("needs the administrator and a file system with attributes");
         for (const mode_t mode : {0660, 04604}) { // with the access list, and then without
-            QCOMPARE(chmod(name.constData(), mode), 0);
-            const QByteArray before = attributesOf(m_file);
-            QCOMPARE(replace("new", FileStamp::of(m_file)), "");
-            QCOMPARE(attributesOf(m_file), before);
-            removexattr(name.constData(), "system.posix_acl_access");
-            set(m_folder->path(), "system.posix_acl_default", list); // which every new file gets
+            QCOMPARE(chmod("a", mode), 0);
+            const QByteArray before = attributesOf("a");
+            QCOMPARE(replace("new"), "");
+            QCOMPARE(attributesOf("a"), before);
+            removexattr("a", "system.posix_acl_access");
+            setxattr(".", "system.posix_acl_default", list.constData(), size, 0); // which every new file gets
         }
-        QCOMPARE(write(path(u"b"_s), "b"), "");
-        writeText(path(u"c"_s), "c");
-        QCOMPARE(attributesOf(path(u"b"_s)), attributesOf(path(u"c"_s)));
+        QCOMPARE(write(u"b"_s, "b"), "");
+        writeText(u"c"_s, "c");
+        QCOMPARE(attributesOf("b"), attributesOf("c"));
     }
 
     void writesUnderAnyName()
     {
         for (const QString &name : {QString(255, u'a'), QString(QString(127, u'ñ') + u'a'), u"a\nb %1 ;"_s}) {
-            m_file = path(name);
-            QCOMPARE(write(m_file, "old"), "");
-            QCOMPARE(replace("new", FileStamp::of(m_file)), "");
-            QCOMPARE(bytesOf(m_file), "new");
-            QFile::remove(m_file);
+            QCOMPARE(write(name, "old"), "");
+            QCOMPARE(replace(name, "new", FileStamp::of(name)), "");
+            QCOMPARE(bytesOf(name), "new");
+            QFile::remove(name);
         }
         QCOMPARE(files(), "a=old");
-        QCOMPARE(write(m_folder->path(), ""), "no es un archivo");
-        QCOMPARE(write(path(u"no/hay"_s), ""), "no existe el archivo o la carpeta");
+        QCOMPARE(write(u"."_s, ""), "no es un archivo");
+        QCOMPARE(write(u"no/hay"_s, ""), "no existe el archivo o la carpeta");
     }
 
     void followsLinks()
     {
-        QVERIFY(QFile::link(m_file, path(u"link"_s)));
-        QVERIFY(QFile::link(path(u"b"_s), path(u"missing"_s)));
-        QCOMPARE(write(path(u"link"_s), "new"), "");
-        QCOMPARE(write(path(u"missing"_s), "newer"), "");
+        QVERIFY(QFile::link(u"a"_s, u"link"_s) && QFile::link(u"b"_s, u"missing"_s));
+        QCOMPARE(write(u"link"_s, "new"), "");
+        QCOMPARE(write(u"missing"_s, "newer"), "");
         QCOMPARE(files(), "a=new b=newer link->new missing->newer");
     }
 
     void leavesStrangersAlone()
     {
-        for (const char *stranger : {"", "a=longer", "a=new", "a=New"}) {
-            writeText(m_file, "old");
+        for (const QByteArray stranger : {"", "a=longer", "a=new", "a=New"}) {
+            writeText(u"a"_s, "old");
             struct stat before {
             };
-            QCOMPARE(stat(QFile::encodeName(m_file).constData(), &before), 0);
+            QCOMPARE(stat("a", &before), 0);
             QTest::qSleep(20); // so that the clock of the file system moves on
-            FileStamp stamp = FileStamp::of(m_file);
-            if (qstrcmp(stranger, "a=New") == 0 || *stranger == '\0')
-                QFile::remove(m_file);
-            if (*stranger != '\0')
-                writeText(m_file, stranger + 2); // the file that was removed has its inode free
+            FileStamp stamp = FileStamp::of(u"a"_s);
+            if (stranger == "a=New" || stranger.isEmpty())
+                QFile::remove(u"a"_s);
+            if (!stranger.isEmpty())
+                writeText(u"a"_s, stranger.mid(2)); // the file that was removed has its inode free
             const timespec times[] = {before.st_atim, before.st_mtim};
-            utimensat(AT_FDCWD, QFile::encodeName(m_file).constData(), times, 0);
-            QCOMPARE(replace("result", std::move(stamp)),
+            utimensat(AT_FDCWD, "a", times, 0);
+            QCOMPARE(replace(u"a"_s, "result", std::move(stamp)),
                      "otro programa ha movido o cambiado el archivo mientras se procesaba");
             QCOMPARE(files(), stranger);
         }
@@ -177,35 +171,35 @@ private slots:
         QString error;
         FileStamp stamp;
         for (const QByteArray &text : {QByteArray(), QByteArray("x"), QByteArray(3000000, 'x')}) {
-            writeText(m_file, text);
-            QVERIFY(readWhole(m_file, &stamp, &error) == text);
-            QVERIFY(stamp.isStill(m_file));
+            writeText(u"a"_s, text);
+            QVERIFY(readWhole(u"a"_s, &stamp, &error) == text);
+            QVERIFY(stamp.isStill(u"a"_s));
         }
-        QFile::rename(m_file, path(u"b"_s));
+        QFile::rename(u"a"_s, u"b"_s);
         stamp.renewAfterRename();
-        QVERIFY(stamp.isStill(path(u"b"_s)));
-        QVERIFY(!stamp.isStill(m_file));
-        QCOMPARE(mkfifo(QFile::encodeName(path(u"pipe"_s)).constData(), 0600), 0);
-        for (const QString &nothing : {m_file, m_folder->path(), path(u"pipe"_s)})
+        QVERIFY(stamp.isStill(u"b"_s) && !stamp.isStill(u"a"_s));
+        QCOMPARE(mkfifo("pipe", 0600), 0);
+        for (const QString &nothing : {u"a"_s, u"."_s, u"pipe"_s})
             QVERIFY(!readWhole(nothing, &stamp, &error));
 
-        // Who writes to it while it is read, or puts another one in its place, is seen.
+        // Who writes to it while it is read, or puts another one in its place, is seen; a pseudo file is
+        // longer than it says.
+        QVERIFY(QFile::link(u"a"_s, u"link"_s));
         for (const bool another : {false, true}) {
-            writeText(m_file, "first");
-            const auto interfere = [&](const seccomp_data &) {
-                if (another)
-                    QFile::remove(m_file);
-                writeText(m_file, "other");
+            writeText(u"a"_s, "first");
+            const auto interfere = [another](const seccomp_data &) {
+                if (!another)
+                    writeText(u"a"_s, "other");
+                else if (QFile::exists(u"b"_s))
+                    return rename("b", "link");
                 return 0;
             };
-            withSystemCalls({SYS_read}, interfere, [&] { QVERIFY(!readWhole(m_file, &stamp, &error)); });
+            withSystemCalls({SYS_read}, interfere, [&] { QVERIFY(!readWhole(u"link"_s, &stamp, &error)); });
             QCOMPARE(error, u"otro programa cambió el archivo mientras se leía"_s);
         }
-        // A pseudo file is longer than it says.
         FileStamp none;
-        const QString growing = u"/proc/self/status"_s;
-        QVERIFY(!readWhole(growing, &none, &error));
-        QVERIFY(!none.isStill(growing));
+        QVERIFY(!readWhole(u"/proc/self/status"_s, &none, &error));
+        QVERIFY(!none.isStill(u"/proc/self/status"_s));
     }
 };
 

@@ -5,6 +5,7 @@
 #include "support/systemcalls.h"
 
 #include <QDir>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cerrno>
@@ -16,39 +17,48 @@ class TakenNamesTest : public QObject
 {
     Q_OBJECT
 
-    // What becomes of four files that want to be called "n", "n (1)", ..., when there is a fifth that is
-    // missing.
+    // The contents of the files of the current folder: "n=a, n (1)=b".
+    static QByteArray files()
+    {
+        QStringList files;
+        for (const QString &name : QDir().entryList(QDir::Files, QDir::Name))
+            files.append(name + u'=' + QString::fromUtf8(bytesOf(name)));
+        return files.join(u", ").toUtf8();
+    }
+
+    // Names four files "n", "n (1)", ..., and a fifth that is missing: their names, and the questions they
+    // took.
     static QByteArray namesGiven()
     {
         const QTemporaryDir folder;
-        for (const char *name : {"a", "n", "n (2)", "N (1)"})
-            writeText(folder.filePath(QString::fromLatin1(name)), name);
+        QDir::setCurrent(folder.path());
+        for (const QString &name : {u"a"_s, u"n"_s, u"n (2)"_s, u"N (1)"_s})
+            writeText(name, name.toUtf8());
         const FilePlacer placer;
         TakenNames names;
-        QStringList told;
+        QString told;
+        const auto nameOf = [](int number) {
+            return number == 0 ? u"n"_s : u"n (%1)"_s.arg(number);
+        };
         for (const QString &from : {u"a"_s, u"n"_s, u"n (2)"_s, u"missing"_s, u"N (1)"_s}) {
-            int questions = 0;
             QString error;
-            const std::optional<QString> name = names.place(
-                folder.path(), [](int number) { return number == 0 ? u"n"_s : u"n (%1)"_s.arg(number); },
-                [&](const QString &path) {
-                    ++questions;
-                    return placer.rename(folder.filePath(from), path, &error);
-                });
-            told.append(u"%1 %2"_s.arg(name.value_or(error)).arg(questions));
+            const auto place = [&](const QString &path) {
+                told += u'.';
+                return placer.rename(from, path, &error);
+            };
+            const std::optional<QString> name = names.place(u"."_s, nameOf, place);
+            told += name.value_or(error) + u", "_s;
             if (name)
-                names.becameFree(folder.filePath(from));
+                names.becameFree(u"./"_s + from);
         }
-        for (const QString &name : QDir(folder.path()).entryList(QDir::Files, QDir::Name))
-            told.append(name + u'=' + QString::fromUtf8(bytesOf(folder.filePath(name))));
-        return told.join(u", ").toUtf8();
+        return told.toUtf8() + files();
     }
 
 private slots:
     // By the kernel, by links, as on NFS, and with neither, as on exFAT by FUSE.
     void placesOnlyUnderFreeNames()
     {
-        const QByteArray given = "n (1) 2, n (3) 2, n 1, no existe el archivo o la carpeta 1, n (2) 1, "
+        const QByteArray given = "..n (1), ..n (3), .n, .no existe el archivo o la carpeta, .n (2), "
                                  "n=n (2), n (1)=a, n (2)=N (1), n (3)=n";
         QCOMPARE(namesGiven(), given);
         const auto refuse = [](const seccomp_data &) {
@@ -62,17 +72,16 @@ private slots:
 
         // A file that got a second name, but could not lose the first, does not keep both.
         const QTemporaryDir folder;
-        writeText(folder.filePath(u"a"_s), "a");
+        QDir::setCurrent(folder.path());
+        writeText(u"a"_s, "a");
         QString error;
         bool unlinking = false;
         const auto failOnce = [&](const seccomp_data &call) {
             return call.nr == SYS_renameat2 ? EINVAL : std::exchange(unlinking, true) ? 0 : EACCES;
         };
-        withSystemCalls({SYS_renameat2, SYS_unlink}, failOnce, [&] {
-            FilePlacer().rename(folder.filePath(u"a"_s), folder.filePath(u"b"_s), &error);
-        });
-        QCOMPARE(error, u"permiso denegado"_s);
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList(u"a"_s));
+        withSystemCalls({SYS_renameat2, SYS_unlink}, failOnce,
+                        [&] { FilePlacer().rename(u"a"_s, u"b"_s, &error); });
+        QCOMPARE(error.toUtf8() + ", " + files(), "permiso denegado, a=a");
     }
 };
 

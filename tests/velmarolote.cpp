@@ -300,6 +300,8 @@ private slots:
         writeThirty();
         QCOMPARE(run("fotos --subcarpetas --salida una"), "0 ");
         const QByteArray task = "fotos --subcarpetas --salida salida --hilos 2 --reanudar --geojson mapa";
+        QVERIFY(run(task, "ulimit -f 5;")
+                    .endsWith("No se pudo escribir el diario: el archivo es demasiado grande"));
         int kills = 0;
         for (int attempt = 0; attempt < 100; ++attempt) {
             QProcess process;
