@@ -20,12 +20,13 @@ class PhotoFileTest : public BatchFixture
 {
     Q_OBJECT
 
-    // Photos below the root, as wide as the number that comes next; "P.jpg" is named after their position.
+    // Photos below the root, as wide as the number that comes next; "P" is the name that their position
+    // gives.
     void write(const QByteArray &names)
     {
-        for (QByteArray name : names.split(' ')) {
+        for (const QByteArray &name : names.split(',')) {
             const int width = 16 + static_cast<int>(m_originals.size());
-            const QString file = photo(name.replace("P.jpg", "19G 345093 6297582.jpg"));
+            const QString file = photo(name.trimmed().replace("P", "19G 345093 6297582"));
             writePhoto(file, plainImage({width, 16}), gpsTags());
             m_originals[width] = bytesOf(file);
         }
@@ -82,23 +83,23 @@ private slots:
 
     void copiesAndBacksUpTheTree()
     {
-        write("A.JPG uno/dos/b.png Backup/vieja.jpg");
-        QVERIFY(QFile::link(photo("A.JPG"), photo("link.jpg")));
+        write("A.jpeg, uno/dos/b.png, Backup/vieja.jpg");
+        QVERIFY(QFile::link(photo("A.jpeg"), photo("link.jpg")));
         m_options.renamePhotos = true;
-        QCOMPARE(ran(path(u"salida"_s)), "A.JPG 16, Backup/vieja.jpg 18, link.jpg 16, uno/dos/b.png 17 | "
+        QCOMPARE(ran(path(u"salida"_s)), "A.jpeg 16, Backup/vieja.jpg 18, link.jpg 16, uno/dos/b.png 17 | "
                                          "P.jpg 16*, uno/dos/P.jpg 17* | 2");
 
         QFile::remove(photo("link.jpg"));
         const QDateTime taken(QDate(2020, 1, 2), QTime(3, 4, 5));
-        QFile file(photo("A.JPG"));
+        QFile file(photo("A.jpeg"));
         QVERIFY(file.open(QIODevice::ReadWrite));
         QVERIFY(file.setFileTime(taken, QFileDevice::FileModificationTime));
         file.close();
-        QCOMPARE(ran(), "P.jpg 16*, Backup/A_backup.JPG 16, Backup/uno/dos/b_backup.png 17, "
+        QCOMPARE(ran(), "P.jpg 16*, Backup/A_backup.jpeg 16, Backup/uno/dos/b_backup.png 17, "
                         "Backup/vieja.jpg 18, uno/dos/P.jpg 17* | 2");
-        QCOMPARE(QFileInfo(photo("Backup/A_backup.JPG")).lastModified(), taken);
+        QCOMPARE(QFileInfo(photo("Backup/A_backup.jpeg")).lastModified(), taken);
         // The next run numbers names and copies.
-        QCOMPARE(ran(), "P (1).jpg 16*, Backup/P_backup.jpg 16*, Backup/A_backup.JPG 16, "
+        QCOMPARE(ran(), "P (1).jpg 16*, Backup/P_backup.jpg 16*, Backup/A_backup.jpeg 16, "
                         "Backup/uno/dos/P_backup.jpg 17*, Backup/uno/dos/b_backup.png 17, "
                         "Backup/vieja.jpg 18, uno/dos/P (1).jpg 17* | 2");
         // From above, what is in the folder of the copies and no copy is a photo like others.
@@ -150,7 +151,7 @@ private slots:
 
     void replacesResultsAlone()
     {
-        write("a.jpg salida/a.jpg");
+        write("a.jpg, salida/a.jpg");
         const QString inside = m_root + u"/salida"_s;
         QFile::remove(photo("salida/a.jpg"));
         const QByteArray result = "a.jpg 16, salida/.velmaro-resultados 0?, salida/a.jpg 16* | "
@@ -181,7 +182,7 @@ private slots:
 
     void keepsPhotosThatOtherPathsLeadTo()
     {
-        write("a.jpg sub/a.jpg sub/b.jpg");
+        write("a.jpg, sub/a.jpg, sub/b.jpg");
         const QString salida = path(u"salida"_s);
         QVERIFY(QFile::link(m_root, salida));
         for (const char *way : {"fotos", "fotos/sub/..", "fotos/sub", "salida", "salida/sub"}) {
@@ -214,12 +215,12 @@ private slots:
         if (!shell("cd %1; mkdir card; truncate -s 8M disk; mkfs.exfat disk >&2; mount -t exfat-fuse -o loop "
                    "disk card"))
             QSKIP("needs the administrator, loop devices and exfat-fuse");
-        write("foto.jpg FOTO.jpg"); // there one name, so that one of them stays without a result
+        write("foto.jpg, FOTO.jpg"); // there one name, so that one of them stays without a result
         QVERIFY(ran(path(u"card/salida"_s)).endsWith("* | 1, el resultado de otra foto ya tiene ese nombre"));
         QCOMPARE(tree(m_root), "FOTO.jpg 17, foto.jpg 16");
 
         m_root = path(u"card/Fotos"_s);
-        write("a.jpg b/a.jpg backup/b.jpg"); // the last an untouched copy
+        write("a.jpg, b/a.jpg, backup/b.jpg"); // the last an untouched copy
         const QByteArray originals = "a.jpg 18, b/a.jpg 19, backup/b.jpg 20 | ";
         const QByteArray left = " | 0, " + same + ", " + same;
         QCOMPARE(ran(path(u"card/FOTOS"_s)), originals + "a.jpg 18, b/a.jpg 19, backup/b.jpg 20" + left);
@@ -255,7 +256,7 @@ private slots:
         // not be on the disk is told.
         for (const QByteArray name : {"a.jpg", "P.jpg"}) {
             init();
-            write(name + " sub/b.jpg");
+            write(name + ", sub/b.jpg");
             const QString salida = path(u"salida"_s);
             QDir().mkpath(salida);
             QVERIFY(QFile::link(salida, salida + u"/sub"_s));
@@ -296,10 +297,8 @@ private slots:
         constexpr int count = 150;
         QByteArrayList names; // those of some photos are those that others will get
         for (int i = 0; i < count; ++i)
-            names.append(QByteArray::number(i) + ".jpg");
-        write(names.join(' '));
-        for (int i = 0; i < count; i += 10)
-            QFile::rename(photo(names[i]), photo("19G 345093 6297582 (" + QByteArray::number(i) + ").jpg"));
+            names.append((i % 10 == 0 ? "P (" : "(") + QByteArray::number(i) + ").jpg");
+        write(names.join(','));
         m_options.renamePhotos = true;
         m_options.createBackup = false;
         for (const bool output : {true, false}) {

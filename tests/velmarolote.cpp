@@ -352,8 +352,8 @@ private slots:
         writeText(path("salida/.velmaro-0000000001234567"), "half");
 
         QCOMPARE(run(task), "0 ");
-        // behind the line that was cut short
-        QCOMPARE(contents("salida/.velmaro-diario-1-de-1").count("\n{\"fotos\":"), 1);
+        // twice each of the two photos, and none behind the line that was cut short
+        QCOMPARE(contents("salida/.velmaro-diario-1-de-1").count("\n{\"inicio\":"), 6);
         QCOMPARE(results("salida"),
                  ".velmaro-0000000001234567 19G 345093 6297582.jpg 19J 500000 6000000.jpg otra.jpg "
                  "~19 ~9");
@@ -377,6 +377,7 @@ private slots:
         for (const char *other :
              {"--prefijo p", "--calidad 50", "--coordenadas salida/.velmaro-diario-1-de-2"})
             QCOMPARE(run(task + "--parte 2/2 " + other), others);
+        QCOMPARE(run("fotos/sub --salida salida --reanudar --parte 2/2"), others);
         QCOMPARE(run(task + "--parte 1/2", "flock salida/.velmaro-diario-1-de-2"),
                  "2 Otra tarea trabaja ya en esta parte: ./salida/.velmaro-diario-1-de-2");
     }
