@@ -151,33 +151,33 @@ private slots:
 
     void replacesResultsAlone()
     {
-        write("a.jpg, salida/a.jpg");
+        write("sub/a.jpg, salida/sub/a.jpg");
         const QString inside = m_root + u"/salida"_s;
-        QFile::remove(photo("salida/a.jpg"));
-        const QByteArray result = "a.jpg 16, salida/.velmaro-resultados 0?, salida/a.jpg 16* | "
-                                  ".velmaro-resultados 0?, a.jpg 16* | 1";
+        QFile::remove(photo("salida/sub/a.jpg"));
+        const QByteArray result = "salida/.velmaro-resultados 0?, salida/sub/a.jpg 16*, sub/a.jpg 16 | "
+                                  ".velmaro-resultados 0?, sub/a.jpg 16* | 1";
         QCOMPARE(ran(inside), result);
         QCOMPARE(ran(inside), result + ", " + same);
         // What lies there and is no result, or was changed since, is an original.
-        writeText(photo("salida/a.jpg"), m_originals[17]);
-        QCOMPARE(ran(inside), "a.jpg 16, salida/.velmaro-resultados 0?, salida/a.jpg 17 | "
-                              ".velmaro-resultados 0?, a.jpg 17 | 0, " +
+        writeText(photo("salida/sub/a.jpg"), m_originals[17]);
+        QCOMPARE(ran(inside), "salida/.velmaro-resultados 0?, salida/sub/a.jpg 17, sub/a.jpg 16 | "
+                              ".velmaro-resultados 0?, sub/a.jpg 17 | 0, " +
                                   same + ", " + same);
 
         // Elsewhere, what has the name of a result is taken for one, but not where a link leads to. Left
         // photos leave it alone too.
         const QString outside = path(u"fuera"_s);
         QDir(inside).removeRecursively();
-        QDir().mkpath(outside);
+        QDir().mkpath(outside + u"/sub"_s);
         writeText(path(u"ajena.jpg"_s), "a stranger");
-        QVERIFY(QFile::link(path(u"ajena.jpg"_s), outside + u"/a.jpg"_s));
+        QVERIFY(QFile::link(path(u"ajena.jpg"_s), outside + u"/sub/a.jpg"_s));
         for (int i = 0; i < 2; ++i)
-            QCOMPARE(ran(outside), "a.jpg 16 | a.jpg 16* | 1");
+            QCOMPARE(ran(outside), "sub/a.jpg 16 | sub/a.jpg 16* | 1");
         QCOMPARE(bytesOf(path(u"ajena.jpg"_s)), "a stranger");
         writeTable("otra.jpg;19;H;1;2\n");
-        QCOMPARE(ran(outside), "a.jpg 16 | a.jpg 16* | 0, "
+        QCOMPARE(ran(outside), "sub/a.jpg 16 | sub/a.jpg 16* | 0, "
                                "Coordenadas UTM no encontradas en archivo TXT para a.jpg");
-        QCOMPARE(m_summary.leftPhotos[0].nowAt, photo("a.jpg"));
+        QCOMPARE(m_summary.leftPhotos[0].nowAt, photo("sub/a.jpg"));
     }
 
     void keepsPhotosThatOtherPathsLeadTo()
@@ -207,6 +207,8 @@ private slots:
     // exFAT by FUSE: names that differ in case are one, and one folder has many inodes.
     void knowsNamesOnMemoryCards()
     {
+        write("foto.jpg, FOTO.jpg");
+        QCOMPARE(ran(path(u"salida"_s)), "FOTO.jpg 17, foto.jpg 16 | FOTO.jpg 17*, foto.jpg 16* | 2");
         const auto shell = [this](const char *commands) {
             const QString text = QString::fromLatin1(commands).arg(m_folder->path());
             return QProcess::execute(u"bash"_s, {u"-ec"_s, text}) == 0;
@@ -215,7 +217,7 @@ private slots:
         if (!shell("cd %1; mkdir card; truncate -s 8M disk; mkfs.exfat disk >&2; mount -t exfat-fuse -o loop "
                    "disk card"))
             QSKIP("needs the administrator, loop devices and exfat-fuse");
-        write("foto.jpg, FOTO.jpg"); // there one name, so that one of them stays without a result
+        // There they are one name, so that one of them stays without a result.
         QVERIFY(ran(path(u"card/salida"_s)).endsWith("* | 1, el resultado de otra foto ya tiene ese nombre"));
         QCOMPARE(tree(m_root), "FOTO.jpg 17, foto.jpg 16");
 

@@ -268,6 +268,9 @@ private slots:
         QCOMPARE(run("fotos --sin-renombrar --sin-respaldo", bound), refused);
         QCOMPARE(run("fotos --salida salida", bound), "0 ");
         QFile::setPermissions(path("fotos"), QFile::Permissions(0x7777));
+        QFile::setPermissions(path("una"), QFile::Permissions(0x3333));
+        QCOMPARE(run("fotos --salida una", bound),
+                 "1 No se pudo asegurar en el disco la carpeta de salida: permiso denegado");
         QCOMPARE(results("fotos"), "a.jpg ~47");
         QCOMPARE(results("salida"), "19J 500000 6000000.jpg ~48");
         QCOMPARE(contents("fotos/a.jpg"), original);
@@ -293,6 +296,14 @@ private slots:
         }
         QCOMPARE(photos, 30);
         QCOMPARE(results("salida"), results("una"));
+
+        // The name of a photo is kept for its copy, which another task will bring.
+        init();
+        for (const char *name : {"fotos/b.jpg", "fotos/19G 345093 6297582.jpg"})
+            writePhoto(path(name), plainImage({64, 48}), gpsTags());
+        for (const char *part : {"2/2", "1/2"})
+            QCOMPARE(run(QByteArray("fotos --salida salida --parte ") + part), "0 ");
+        QCOMPARE(results("salida"), "19G 345093 6297582 (1).jpg 19G 345093 6297582 (2).jpg ~48 ~48");
     }
 
     void goesOnWhereItWasKilled()
@@ -333,7 +344,11 @@ private slots:
     void takesBackWhatWasHalfDone()
     {
         const QByteArray task = "fotos --salida salida --reanudar";
+        writePhoto(path("fotos/a.jpg"), plainImage({64, 48}, QColor::fromHsv(90, 255, 255)), gpsTags());
         QCOMPARE(run(task), "0 ");
+        // a new photo that is called like a result
+        writePhoto(path("fotos/19G 345093 6297582.jpg"),
+                   plainImage({64, 48}, QColor::fromHsv(120, 255, 255)));
         const QByteArray mark = contents("salida/.velmaro-diario-1-de-1").split('"')[7];
         // renamed, but not stamped yet
         writePhoto(path("fotos/x.jpg"), plainImage({64, 48}, QColor::fromHsv(30, 255, 255)), gpsTags());
@@ -352,11 +367,12 @@ private slots:
         writeText(path("salida/.velmaro-0000000001234567"), "half");
 
         QCOMPARE(run(task), "0 ");
-        // twice each of the two photos, and none behind the line that was cut short
-        QCOMPARE(contents("salida/.velmaro-diario-1-de-1").count("\n{\"inicio\":"), 6);
+        // none of them behind the line that was cut short
+        QCOMPARE(contents("salida/.velmaro-diario-1-de-1").count("\n{\"inicio\":"), 8);
         QCOMPARE(results("salida"),
-                 ".velmaro-0000000001234567 19G 345093 6297582.jpg 19J 500000 6000000.jpg otra.jpg "
-                 "~19 ~9");
+                 ".velmaro-0000000001234567 19G 345093 6297582 (1).jpg 19G 345093 6297582.jpg "
+                 "19J 500000 6000000 (1).jpg 19J 500000 6000000.jpg otra.jpg ~19 ~29 ~40 ~9");
+        QCOMPARE(QImage(path("salida/19G 345093 6297582.jpg")).pixelColor(60, 2).hsvHue() / 3, 29);
     }
 
     void refusesAnotherRun()
