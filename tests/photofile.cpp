@@ -314,6 +314,11 @@ private slots:
             for (int width = 16; width < 16 + count; ++width)
                 QCOMPARE(results.count(QByteArray(" " + QByteArray::number(width) + "*")), 1);
         }
+        // The name that a photo leaves is the next to be given.
+        init();
+        m_options.renamePhotos = true;
+        write("P.jpg, P (1).jpg");
+        QVERIFY(!ran().contains("P (3).jpg"));
     }
 };
 

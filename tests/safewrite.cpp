@@ -131,10 +131,11 @@ private slots:
         QCOMPARE(replace(longest, "new", FileStamp::of(longest)), "");
         QCOMPARE(files(), "a=old " + longest.toUtf8() + "=new");
         QFile::remove(longest);
-        QVERIFY(QFile::link(u"a"_s, u"link"_s) && QFile::link(u"b"_s, u"missing"_s));
-        QCOMPARE(write(u"link"_s, "new"), "");
+        QVERIFY(QFile::link(u"a"_s, u"link"_s) && QFile::link(u"link"_s, u"chain"_s));
+        QVERIFY(QFile::link(u"b"_s, u"missing"_s));
+        QCOMPARE(write(u"chain"_s, "new"), "");
         QCOMPARE(write(u"missing"_s, "newer"), "");
-        QCOMPARE(files(), "a=new b=newer link->new missing->newer");
+        QCOMPARE(files(), "a=new b=newer chain->new link->new missing->newer");
         QCOMPARE(write(u"."_s, ""), "no es un archivo");
         QCOMPARE(write(u"no/hay"_s, ""), "no existe el archivo o la carpeta");
     }

@@ -320,24 +320,28 @@ private slots:
         photo("19G 345093 6297582.jpg", 120, {}); // new, and called like that result
         photo("x.jpg", 30);
         photo("y.jpg", 60, {});
-        // x was renamed, but not stamped yet; y was not renamed, since another photo has got that name. There
-        // are hidden files of the attempt before and of a task that still works. The last line was cut short.
+        // x was renamed, but not stamped yet; y was not renamed, since another photo has got that name; z,
+        // which is no photo any more, bears both names, as on NFS. There are hidden files of the attempt
+        // before and of a task that still works. The last line was cut short.
         const QByteArray brokenOff = R"(
             cp fotos/x.jpg salida/nuevo.jpg
             cp fotos/y.jpg salida
-            touch salida/otra.jpg
-            touch salida/.velmaro-0000000001234567 salida/.velmaro-$(grep -Pom 1 'marca...\K\w+' salida/.velmaro-diario*)01234567
+            cp fotos/a.jpg salida/z.jpg
+            ln salida/z.jpg salida/dos.jpg
+            touch salida/otra.jpg salida/.velmaro-0000000001234567
+            touch salida/.velmaro-$(grep -Pom 1 'marca...\K\w+' salida/.velmaro-diario*)01234567
             tr -d '\n ' << END | tr \'\; '\042\n' >> salida/.velmaro-diario-1-de-1
                 {'inicio':'x.jpg'}; {'foto':'x.jpg','de':'x.jpg','nombre':'nuevo.jpg'};
-                {'inicio':'y.jpg'}; {'foto':'y.jpg','de':'y.jpg','nombre':'otra.jpg'}; {'fin':'y.j
+                {'inicio':'y.jpg'}; {'foto':'y.jpg','de':'y.jpg','nombre':'otra.jpg'};
+                {'foto':'z.jpg','de':'z.jpg','nombre':'dos.jpg'}; {'fin':'y.j
 END
             )";
         QCOMPARE(run(task, brokenOff), "0 ");
         // none of them behind the line that was cut short
-        QCOMPARE(contents("salida/.velmaro-diario-1-de-1").count("\n{\"inicio\":"), 8);
+        QCOMPARE(contents("salida/.velmaro-diario-1-de-1").count("\n{\"inicio\":"), 9);
         QCOMPARE(results("salida"),
                  ".velmaro-0000000001234567 19G 345093 6297582 (1).jpg 19G 345093 6297582.jpg "
-                 "19J 500000 6000000 (1).jpg 19J 500000 6000000.jpg otra.jpg ~19 ~29 ~40 ~9");
+                 "19J 500000 6000000 (1).jpg 19J 500000 6000000.jpg otra.jpg z.jpg ~19 ~29 ~29 ~40 ~9");
         QCOMPARE(QImage(path("salida/19G 345093 6297582.jpg")).pixelColor(60, 2).hsvHue() / 3, 29);
     }
 
