@@ -114,17 +114,15 @@ private slots:
         processor.setOptions(m_options);
         processor.renamePhotosWithUTM(m_root, log, {});
         const PhotoProcessor::Summary summary = processor.summary();
-        QStringList told(u"%1 %2 %3 %4"_s.arg(summary.total)
-                             .arg(summary.finished)
-                             .arg(summary.left)
-                             .arg(summary.notSaved));
+        const QList<int> counts{summary.total, summary.finished, summary.left, summary.notSaved};
+        QCOMPARE(counts, QList<int>({3, 1, 1, 1}));
+        QStringList reasons;
         for (const PhotoProcessor::LeftPhoto &left : summary.leftPhotos)
-            told.append(nameOf(left.path) + u": "_s + left.reason);
-        told.sort();
-        QCOMPARE(
-            told.join(u", ").toUtf8(),
-            "3 1 1 1, b.png: Error guardando la imagen: Maximum supported image dimension is 65500 pixels, "
-            "d.jpg: no memory");
+            reasons.append(nameOf(left.path) + u": "_s + left.reason);
+        reasons.sort();
+        QCOMPARE(reasons.value(0).toUtf8(),
+                 "b.png: Error guardando la imagen: Maximum supported image dimension is 65500 pixels");
+        QCOMPARE(reasons.value(1).toUtf8(), "d.jpg: no memory");
     }
 
     void saysHowLongItTook()
