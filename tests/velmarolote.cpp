@@ -198,7 +198,7 @@ private slots:
                  1);
     }
 
-    void worksInThreads()
+    void worksInThreadsAndTellsHowFarItIs()
     {
         for (int i = 0; i < 40; ++i)
             writePhoto(path("fotos/" + QByteArray::number(i) + ".jpg"), plainImage({1200, 900}));
@@ -207,6 +207,12 @@ private slots:
             "tail -1");
         QVERIFY2(m_output.toInt() > 16, m_output.constData());
         QCOMPARE(contents("progreso").count("Progreso"), 10);
+        photo("sub/a.jpg", 0);
+        run("fotos/sub' /dev/null", "script -qec '"); // on a terminal
+        const QByteArray bars = "\r[" + QByteArray(40, '.') +
+                                "] 0/1\r\x1b[KDibujando rosa con orientación 90.5\r\n\r[" +
+                                QByteArray(40, '#') + "] 1/1\r\x1b[K\r\nProcesando: a.jpg";
+        QVERIFY2(m_output.startsWith(bars), m_output.constData());
     }
 
     void tellsWhatWasLeft()
