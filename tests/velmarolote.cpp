@@ -138,6 +138,7 @@ private slots:
                 QCOMPARE(run(line) + m_output, QByteArray("2 ") + message);
         }
         QVERIFY(run("fotos --nada").startsWith("2 "));
+        QCOMPARE(run("fotos/sub --reanudar --salida fotos"), "0 "); // where no task looks for photos
         QCOMPARE(results("fotos"), "a.jpg ~0");
         QCOMPARE(contents("fotos/a.jpg"), original);
     }
@@ -295,10 +296,13 @@ private slots:
         thirtyPhotos();
         QCOMPARE(run("fotos --subcarpetas --salida una"), "0 ");
         const QByteArray task = "fotos --subcarpetas --salida salida --hilos 2 --reanudar --geojson mapa";
+        QCOMPARE(run(task, "ulimit -f 0;"),
+                 "2 No se pudo abrir el diario de la tarea ./salida/.velmaro-diario-1-de-1: "
+                 "el archivo es demasiado grande");
         QVERIFY(run(task, "ulimit -f 5;")
                     .endsWith("No se pudo escribir el diario: el archivo es demasiado grande"));
         int kills = 0;
-        while (kills < 50 && run(task, "timeout -s KILL " + QByteArray::number(0.02 * (kills + 1))) != "0 ")
+        while (kills < 50 && run(task, "timeout -s KILL " + QByteArray::number(0.01 * (kills + 1))) != "0 ")
             ++kills;
         QVERIFY(kills > 0);
         QCOMPARE(run(task), "0 ");
