@@ -61,24 +61,6 @@ QByteArray encoded(const QImage &image, int quality, const Changes &changes)
     return bytes.take();
 }
 
-// Hands the coefficients of a JPEG to `work`.
-void read(const QByteArray &jpeg, const std::function<void(JpegDecompressor &, jvirt_barray_ptr *)> &work)
-{
-    JpegDecompressor decoder;
-    decoder.run([&] {
-        jpeg_mem_src(decoder.get(), reinterpret_cast<const uchar *>(jpeg.constData()),
-                     static_cast<unsigned long>(jpeg.size()));
-        jpeg_read_header(decoder.get(), TRUE);
-        work(decoder, jpeg_read_coefficients(decoder.get()));
-    });
-}
-
-JBLOCKROW rowOf(JpegDecompressor &decoder, jvirt_barray_ptr array, JDIMENSION row)
-{
-    return *decoder->mem->access_virt_barray(reinterpret_cast<j_common_ptr>(decoder.get()), array, row, 1,
-                                             TRUE);
-}
-
 // The coefficients of one component, and what describes them.
 struct Component {
     QSize factors; ///< blocks in an MCU
@@ -92,7 +74,12 @@ struct Component {
 QList<Component> componentsOf(const QByteArray &jpeg)
 {
     QList<Component> components;
-    read(jpeg, [&](JpegDecompressor &decoder, jvirt_barray_ptr *arrays) {
+    JpegDecompressor decoder;
+    decoder.run([&] {
+        jpeg_mem_src(decoder.get(), reinterpret_cast<const uchar *>(jpeg.constData()),
+                     static_cast<unsigned long>(jpeg.size()));
+        jpeg_read_header(decoder.get(), TRUE);
+        jvirt_barray_ptr *arrays = jpeg_read_coefficients(decoder.get());
         for (int index = 0; index < decoder->num_components; ++index) {
             const jpeg_component_info &info = decoder->comp_info[index];
             const UINT16 *steps = info.quant_table->quantval;
@@ -101,7 +88,8 @@ QList<Component> componentsOf(const QByteArray &jpeg)
                                 QList<int>(steps, steps + 64),
                                 {}};
             for (JDIMENSION row = 0; row < info.height_in_blocks; ++row) {
-                const JCOEF *first = rowOf(decoder, arrays[index], row)[0];
+                const JCOEF *first = *decoder->mem->access_virt_barray(
+                    reinterpret_cast<j_common_ptr>(decoder.get()), arrays[index], row, 1, FALSE)[0];
                 component.coefficients.append(QList<int>(first, first + 64 * component.width));
             }
             components << component;
@@ -137,24 +125,6 @@ QList<Component> expected(const QByteArray &jpeg, const QImage &plain, const QIm
     return result;
 }
 
-// The JPEG with a coefficient that no picture gives; arithmetic coding knows no limits.
-QByteArray overflowing(const QByteArray &jpeg)
-{
-    EncodedBytes bytes(jpeg.size());
-    JpegCompressor encoder;
-    read(jpeg, [&](JpegDecompressor &decoder, jvirt_barray_ptr *arrays) {
-        rowOf(decoder, arrays[1], 3)[2][5] = -1500;
-        encoder.run([&] {
-            encoder->dest = bytes.manager();
-            jpeg_copy_critical_parameters(decoder.get(), encoder.get());
-            encoder->arith_code = TRUE;
-            jpeg_write_coefficients(encoder.get(), arrays);
-            jpeg_finish_compress(encoder.get());
-        });
-    });
-    return bytes.take();
-}
-
 } // namespace
 
 /// Stamping by coefficients does on pieces what decoding, painting and encoding does on the whole.
@@ -165,13 +135,11 @@ class JpegCoefficientsTest : public QObject
 private slots:
     void initTestCase();
     void changesOnlyWhereTheStampIs();
+    void staysWithinLimits();
     void refuses();
 
 private:
     Overlay overlay(QSize size, int orientation = 1, double logoRatio = 0.1) const;
-    std::optional<QByteArray> stamped(const QByteArray &jpeg, const Overlay &overlay,
-                                      const JpegCoding &coding);
-
     Logo m_logo{paintLogo(100)};
     PixelBuffers m_buffers;
     QImage m_photo;
@@ -202,12 +170,6 @@ Overlay JpegCoefficientsTest::overlay(QSize size, int orientation, double logoRa
     data.orientation = 42.0;
     data.exifOrientation = orientation;
     return Overlay(size, data, options, {&m_logo, QString()}, {});
-}
-
-std::optional<QByteArray> JpegCoefficientsTest::stamped(const QByteArray &jpeg, const Overlay &overlay,
-                                                        const JpegCoding &coding)
-{
-    return stampedByCoefficients(jpeg, overlay, coding, m_buffers);
 }
 
 void JpegCoefficientsTest::changesOnlyWhereTheStampIs()
@@ -246,21 +208,35 @@ void JpegCoefficientsTest::changesOnlyWhereTheStampIs()
         stamp.paint(painted);
         QVERIFY2(painted != plain, name);
 
-        const std::optional<QByteArray> kept = stamped(jpeg, stamp, {.keepTables = true});
+        const std::optional<QByteArray> kept =
+            stampedByCoefficients(jpeg, stamp, {.keepTables = true}, m_buffers);
         QVERIFY2(kept && kept->contains(QByteArray("\xff\xc0\0\x11", 4)), name); // a baseline JPEG
         QVERIFY2(componentsOf(*kept) == expected(jpeg, plain, painted, sourceQuality, changes), name);
         for (const int quality : othersToo ? QList<int>{1, 75, 90, 100} : QList<int>()) {
-            const std::optional<QByteArray> other = stamped(jpeg, stamp, {.quality = quality});
+            const std::optional<QByteArray> other =
+                stampedByCoefficients(jpeg, stamp, {.quality = quality}, m_buffers);
             QVERIFY2(other && componentsOf(*other) == expected(jpeg, plain, painted, quality, changes),
                      qPrintable(QStringLiteral("%1 at %2").arg(QLatin1String(name)).arg(quality)));
         }
-        QVERIFY2(othersToo || !stamped(jpeg, stamp, {.quality = 90}), name);
+        QVERIFY2(othersToo || !stampedByCoefficients(jpeg, stamp, {.quality = 90}, m_buffers), name);
 
         QString error; // through pixels too a photo keeps its sampling, if it is a usual one
         const auto throughPixels = encodedJpeg(plain, 90, jpegFormatOf(jpeg).sampling, &error);
         QCOMPARE(componentsOf(*throughPixels)[0].factors,
                  othersToo ? componentsOf(jpeg)[0].factors : QSize(2, 2));
     }
+}
+
+// What no picture holds becomes the most that a JPEG can hold.
+void JpegCoefficientsTest::staysWithinLimits()
+{
+    QByteArray jpeg = encoded(m_photo, 100, sampling(1, 1));
+    jpeg.replace(jpeg.indexOf("\xff\xdb") + 5, 64, QByteArray(64, 16)); // all steps, in place of 1
+    const QImage plain = QImage::fromData(jpeg).convertToFormat(QImage::Format_RGB32);
+    QImage painted = plain.copy();
+    overlay(plain.size()).paint(painted);
+    const auto result = stampedByCoefficients(jpeg, overlay(plain.size()), {.quality = 100}, m_buffers);
+    QVERIFY(componentsOf(result.value()) == expected(jpeg, plain, painted, 100, sampling(1, 1)));
 }
 
 // What has to go through pixels is given back untouched.
@@ -287,13 +263,12 @@ void JpegCoefficientsTest::refuses()
         {"another sampling", encoded(m_photo, sourceQuality, sampling(4, 2))},
     };
     for (const auto &[name, bytes] : cases)
-        QVERIFY2(!stamped(bytes, stamp, {}), name);
-    QVERIFY(!stamped(tall, overlay({m_photo.width(), 0xff00}), {.keepTables = true}));
-    QVERIFY(!stamped(overflowing(jpeg), stamp, {.keepTables = true}));
-    QVERIFY(stamped(overflowing(jpeg), stamp, {}));
-    QVERIFY(!stamped(jpeg, overlay(m_photo.size().transposed()), {}));
-    QVERIFY(!stamped(jpeg, overlay(m_photo.size(), 1, 3.0), {}));
-    QVERIFY(stamped(jpeg, overlay(m_photo.size(), 1, 3.0), {.keepTables = true}));
+        QVERIFY2(!stampedByCoefficients(bytes, stamp, {}, m_buffers), name);
+    QVERIFY(
+        !stampedByCoefficients(tall, overlay({m_photo.width(), 0xff00}), {.keepTables = true}, m_buffers));
+    QVERIFY(!stampedByCoefficients(jpeg, overlay(m_photo.size().transposed()), {}, m_buffers));
+    QVERIFY(!stampedByCoefficients(jpeg, overlay(m_photo.size(), 1, 3.0), {}, m_buffers));
+    QVERIFY(stampedByCoefficients(jpeg, overlay(m_photo.size(), 1, 3.0), {.keepTables = true}, m_buffers));
 }
 
 QTEST_MAIN(JpegCoefficientsTest)
