@@ -107,11 +107,9 @@ void ExifTagsTest::writesFreshTags()
         double number;
         QByteArray direction, altitude, reference;
     } numbers[] = {
-        {12.349, "1234/100", "1234/100", "0"},
         {-10.0, "35000/100", "1000/100", "1"},
         {725.0, "500/100", "72500/100", "0"},
         {-1e-20, "0/100", "0/100", "1"},
-        {1e300, "0/100", "4294967295/100", "0"},
         {std::numeric_limits<double>::infinity(), "0/100", "4294967295/100", "0"},
         {std::numeric_limits<double>::quiet_NaN(), "0/100", "0/100", "0"},
     };
