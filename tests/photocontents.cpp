@@ -158,6 +158,7 @@ void PhotoContentsTest::init()
         {"xmp", segment(0xe1, xmpName + xmp + '>' + xmpEnd)},
         {"open-xmp", segment(0xe1, xmpName + xmp)},
         {"long-xmp", segment(0xe1, xmpName + xmp + QByteArray(64700, ' ') + '>' + xmpEnd)},
+        {"filled-xmp", "\xff" + segment(0xe1, xmpName + xmp + QByteArray(64700, ' ') + '>' + xmpEnd)},
         {"claims", segment(0xe1, xmpName + xmp + " G:MotionPhoto='1'\n hdrgm:Version=\"1.0\"" + other +
                                      "<Container:Directory><b><Container:Item/></b></Container:Directory>"
                                      "<G:MicroVideo>1</G:MicroVideo><hdrgm:x/>" +
@@ -178,6 +179,7 @@ void PhotoContentsTest::init()
         {"latin", segment(0xfe, "ladera\xf1")},
         {"author", segment(0xfe, "Author: Ana")},
         {"mpf", segment(0xe2, "MPF\0"_ba)},
+        {"gain", segment(0xe2, "urn:iso:std:iso:ts:21496:-1\0"_ba)},
         // behind the picture of one
         {"video", "\xff\xd8video"},
         {"zeros", QByteArray(99, '\0')},
@@ -266,9 +268,9 @@ void PhotoContentsTest::carriesMetadata()
     } cases[] = {
         {"rename.jpg", "jfif open-xmp exif extended icc-2 icc-1 8bim-open own latin |",
          "jfif open-xmp exif extended icc-2 icc-1 8bim-open own latin |", chile},
-        {"rename.jpg", "exif long-xmp | zeros", "exif long-xmp |", chile},
+        {"rename.jpg", "exif filled-xmp | zeros", "exif long-xmp |", chile},
         {"rename.jpg", "exif claims |", "exif claims |", chile},
-        {"rename.jpg", "mpf claims exif | video", "no-claims exif |",
+        {"rename.jpg", "mpf gain claims exif | video", "no-claims exif |",
          chile + u", No se conserva: lo que sigue a la imagen (vídeo, otra imagen o mapa de ganancia)"_s},
         {"rename.jpg", "exif grey |", "exif |",
          chile + u", No se conserva: el perfil de color, que no es RGB"_s},
@@ -378,12 +380,18 @@ void PhotoContentsTest::savesByTheFinalSuffix()
     glass.fill(Qt::transparent);
     const QByteArray png = encoded(glass, "png");
     const QByteArray tiff = encoded(glass, "tiff");
-    const QByteArray grey =
-        encoded(plainImage({40, 30}, Qt::white).convertToFormat(QImage::Format_Grayscale8), "jpg");
+    const QImage white = plainImage({40, 30}, Qt::white);
+    const QByteArray grey = encoded(white.convertToFormat(QImage::Format_Grayscale8), "jpg");
+    const QByteArray indexed = encoded(white.convertToFormat(QImage::Format_Indexed8), "png");
+    const QByteArray deep = encoded(white.convertToFormat(QImage::Format_RGBX64), "png");
     // What was transparent lies on white, and grey becomes coloured.
     QCOMPARE(told(u"rename.png"_s, png), fixed);
     QCOMPARE(told(u"rename.TIFF"_s, tiff), fixed);
     QCOMPARE(told(u"keep.png"_s, png), u"keep.png, png 40x30x32 #00000000"_s);
+    QCOMPARE(told(u"keep.png"_s, png + "more"),
+             u"keep.png, png 40x30x32 #00000000, No se conserva: lo que sigue a la imagen"_s);
+    QCOMPARE(told(u"keep.png"_s, indexed), u"keep.png, png 40x30x32 #ffffffff"_s);
+    QCOMPARE(told(u"keep.png"_s, deep), u"keep.png, png 40x30x64 #ffffffff"_s);
     QCOMPARE(told(u"keep.tiff"_s, tiff), u"keep.tiff, tiff 40x30x32 #00000000"_s);
     QCOMPARE(told(u"keep.JPEG"_s, grey), u"keep.JPEG, jpeg 40x30x32 #ffffffff"_s);
     QCOMPARE(told(u"keep@2x.jpg"_s, png), u"keep@2x.jpg, jpeg 40x30x32 #ffffffff"_s);
@@ -437,8 +445,11 @@ void PhotoContentsTest::keepsTheDensity()
     QImage image = plainImage({40, 30}, Qt::white);
     image.setDotsPerMeterX(7874);
     image.setDotsPerMeterY(15748);
-    told(u"fresh.tiff"_s, encoded(image, "tiff"));
-    QCOMPARE(density(), QSize(200, 400));
+    for (const QString &name : {u"keep.png"_s, u"fresh.png"_s, u"rename.png"_s, u"keep.tiff"_s,
+                                u"fresh.tiff"_s, u"rename.tiff"_s}) {
+        told(name, encoded(image, name.endsWith(u"png"_s) ? "png" : "tiff"));
+        QCOMPARE(density(), QSize(200, 400));
+    }
 }
 
 void PhotoContentsTest::keepsWhatCannotBeStamped()
