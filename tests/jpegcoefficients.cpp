@@ -14,8 +14,6 @@
 namespace
 {
 
-constexpr int sourceQuality = 85;
-
 using Change = std::function<void(jpeg_compress_struct *)>;
 using Changes = QList<Change>;
 
@@ -135,7 +133,6 @@ class JpegCoefficientsTest : public QObject
 private slots:
     void initTestCase();
     void changesOnlyWhereTheStampIs();
-    void staysWithinLimits();
     void refuses();
 
 private:
@@ -201,6 +198,7 @@ void JpegCoefficientsTest::changesOnlyWhereTheStampIs()
     };
     int orientation = 0;
     for (const auto &[name, size, changes, othersToo] : cases) {
+        const int sourceQuality = orientation % 2 == 0 ? 85 : 5; // coarse steps go beyond what others hold
         const QByteArray jpeg = encoded(m_photo.copy(QRect(QPoint(), size)), sourceQuality, changes);
         const QImage plain = QImage::fromData(jpeg).convertToFormat(QImage::Format_RGB32);
         const Overlay stamp = overlay(size, orientation++ % 8 + 1);
@@ -227,22 +225,10 @@ void JpegCoefficientsTest::changesOnlyWhereTheStampIs()
     }
 }
 
-// What no picture holds becomes the most that a JPEG can hold.
-void JpegCoefficientsTest::staysWithinLimits()
-{
-    QByteArray jpeg = encoded(m_photo, 100, sampling(1, 1));
-    jpeg.replace(jpeg.indexOf("\xff\xdb") + 5, 64, QByteArray(64, 16)); // all steps, in place of 1
-    const QImage plain = QImage::fromData(jpeg).convertToFormat(QImage::Format_RGB32);
-    QImage painted = plain.copy();
-    overlay(plain.size()).paint(painted);
-    const auto result = stampedByCoefficients(jpeg, overlay(plain.size()), {.quality = 100}, m_buffers);
-    QVERIFY(componentsOf(result.value()) == expected(jpeg, plain, painted, 100, sampling(1, 1)));
-}
-
 // What has to go through pixels is given back untouched.
 void JpegCoefficientsTest::refuses()
 {
-    const QByteArray jpeg = encoded(m_photo, sourceQuality, sampling(2, 2));
+    const QByteArray jpeg = encoded(m_photo, 85, sampling(2, 2));
     const auto with = [&jpeg](qsizetype at, const QByteArray &bytes) {
         return QByteArray(jpeg).replace(at, bytes.size(), bytes);
     };
@@ -258,9 +244,9 @@ void JpegCoefficientsTest::refuses()
         {"damaged", with(jpeg.size() / 2, QByteArray(40, '\xff'))},
         {"a forged height", tall},
         {"a step of zero", with(jpeg.indexOf("\xff\xdb") + 7, QByteArray(1, '\0'))},
-        {"grey", encoded(m_photo, sourceQuality, colours(JCS_GRAYSCALE))},
-        {"CMYK", encoded(m_photo, sourceQuality, colours(JCS_CMYK))},
-        {"another sampling", encoded(m_photo, sourceQuality, sampling(4, 2))},
+        {"grey", encoded(m_photo, 85, colours(JCS_GRAYSCALE))},
+        {"CMYK", encoded(m_photo, 85, colours(JCS_CMYK))},
+        {"another sampling", encoded(m_photo, 85, sampling(4, 2))},
     };
     for (const auto &[name, bytes] : cases)
         QVERIFY2(!stampedByCoefficients(bytes, stamp, {}, m_buffers), name);

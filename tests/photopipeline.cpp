@@ -27,7 +27,9 @@ void PhotoPipelineTest::init()
 {
     startOver();
     m_photo = m_root + u"/a.b.jpg"_s;
-    writePhoto(m_photo, plainImage({64, 48}), gpsTags());
+    Tags tags = gpsTags();
+    tags.insert("Exif.Image.Orientation", "6"); // fresh tags turn it
+    writePhoto(m_photo, plainImage({64, 48}), tags);
 }
 
 void PhotoPipelineTest::tellsEveryStep()
@@ -80,12 +82,13 @@ Se procesaron 1 fotos en 0s.)"_s);
 
 void PhotoPipelineTest::takesRowsOfTheTable()
 {
-    m_options.usePrefix = true;
+    m_options.addCompass = m_options.usePrefix = true;
     m_options.prefix = u"%1_"_s;
     m_options.embedCsvInExif = true;
     writeTable("a.b.jpg;18;M;500000.4;1000000.6;45;2020-02-03 04:05:06;-5.25\n");
     run();
-    QCOMPARE(log(), uR"(
+    QCOMPARE(log(), uR"(Dibujando rosa con orientación 45
+
 Procesando: a.b.jpg
 Intentando leer EXIF desde (nativo original): DIR/fotos/a.b.jpg
 Usando datos TXT: Zona 18M, Easting: 500000, Northing: 1e+06, Orientación: 45, Altitud: -5.25
