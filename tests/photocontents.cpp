@@ -150,8 +150,11 @@ void PhotoContentsTest::init()
     const QByteArray resolution = resource(0x03ed, "resolution") + resource(0x03fd, "zoom");
     const QByteArray caption = "\x1c\x02\x78\0\1x"_ba;
     const QByteArray iptc = resource(0x0404, caption);
+    QByteArray place;
+    for (const char dataset : "\x1a\x1b\x5a\x5c\x5f\x64\x65"_ba)
+        place += "\x1c\x02" + QByteArray(1, dataset) + "\0\3OLD"_ba;
     const QByteArray old = resource(0x0424, "OLDXMP") + resolution +
-                           resource(0x0404, caption + "\x1c\x02\x5a\0\3OLD"_ba) + resource(0x0425, "OLDSUM");
+                           resource(0x0404, place + caption + place) + resource(0x0425, "OLDSUM");
     m_blocks = {
         // segments of a JPEG
         {"jfif", segment(0xe0, "JFIF\0\1\1\1\0\x48\0\x48\0\0"_ba)},
@@ -297,13 +300,15 @@ void PhotoContentsTest::carriesMetadata()
     }
 
     // Into a PNG, where libpng hands out no text whose check sum is wrong, and out of it.
-    const std::array<const char *, 3> both[] = {
-        {"keep.png", "exif xmp 8bim icc comment", "jfif exif xmp 8bim icc comment"},
-        {"fresh.png", "text-gps iCCP prIv eXIf text-8bim-old text-author", "jfif fresh 8bim icc author"}};
-    for (const auto &[name, blocks, back] : both) {
+    const std::tuple<const char *, const char *, const char *, QString> both[] = {
+        {"keep.png", "exif xmp 8bim icc comment", "jfif exif xmp 8bim icc comment", chile},
+        {"fresh.png", "text-gps iCCP prIv eXIf text-8bim-old text-author", "jfif fresh 8bim icc author",
+         u"19G 300000 5999999.jpg, jpeg 40x30x32 #ffffffff"_s}};
+    for (const auto &[name, blocks, back, renamed] : both) {
         told(QLatin1String(name), photoOf(blocks));
+        QCOMPARE(m_result.count("eXIf"), 1);
         QVERIFY(!QImage::fromData(m_result).text(u"Raw profile type iptc"_s).isEmpty());
-        told(u"rename.png"_s, m_result);
+        QCOMPARE(told(u"rename.png"_s, m_result), renamed);
         QCOMPARE(carried(), back);
     }
 }
@@ -479,6 +484,7 @@ void PhotoContentsTest::keepsWhatCannotBeStamped()
         "dimension is 65500 pixels"_s;
     QCOMPARE(told(u"rename.png"_s, tooWide), u"not saved 19J 500000 6000000"_s + failed);
     QCOMPARE(m_result, tooWide);
+    QCOMPARE(m_log[m_log.size() - 2], u"Metadatos escritos para 19J 500000 6000000.jpg"_s);
     QCOMPARE(told(u"rename-fresh.png"_s, tooWide), u"not saved 19H 300000 6000000"_s + failed);
     QVERIFY(!m_result.contains(turned));
     const QString file = m_root + u"/19H 300000 6000000.jpg"_s;
