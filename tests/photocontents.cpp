@@ -286,6 +286,8 @@ void PhotoContentsTest::carriesMetadata()
         {"rename.png", "iCCP eXIf-named text-comment text-author", "", "jfif exif icc comment author", chile},
         {"rename.png", "eXIf text-long-xmp prIv", "", "jfif exif",
          chile + u", No se conserva: "_s + privately + u", los datos XMP, demasiado grandes para un JPEG"_s},
+        {"rename-fresh.png", "eXIf text-gps text-author", "", "jfif fresh author",
+         u"19H 300000 6000000.jpg, jpeg 40x30x32 #ffffffff"_s},
         {"rename.png", "text-8bim-iptc text-iptc", "", "jfif 8bim", fixed},
         {"rename.png", "text-8bim text-iptc", "", "jfif 8bim", fixed},
         {"rename.png", "eXIf-large", "", "jfif small",
@@ -423,8 +425,9 @@ void PhotoContentsTest::keepsTheDensity()
     perCentimetre.insert("Exif.Image.ResolutionUnit", "3");
     Tags senseless = perInch;
     senseless.insert("Exif.Image.XResolution", "0/0");
-    const auto jfif = [](char unit, int across, int down) {
-        return segment(0xe0, "JFIF\0\1\2"_ba + unit + bigEndian(across, 2) + bigEndian(down, 2) + "\0\0"_ba);
+    const auto jfif = [](int unit, int across, int down) {
+        return segment(0xe0, "JFIF\0\1\2"_ba + bigEndian(unit, 1) + bigEndian(across, 2) +
+                                 bigEndian(down, 2) + "\0\0"_ba);
     };
     const auto density = [this] {
         const QImage saved = QImage::fromData(m_result);
