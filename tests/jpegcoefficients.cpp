@@ -171,12 +171,6 @@ Overlay JpegCoefficientsTest::overlay(QSize size, int orientation, double logoRa
 
 void JpegCoefficientsTest::changesOnlyWhereTheStampIs()
 {
-    const auto separateScans = [](jpeg_compress_struct *encoder) {
-        static const jpeg_scan_info scans[] = {
-            {1, {2}, 0, 63, 0, 0}, {1, {0}, 0, 63, 0, 0}, {1, {1}, 0, 63, 0, 0}};
-        encoder->scan_info = scans;
-        encoder->num_scans = 3;
-    };
     struct {
         const char *name;
         QSize size;
@@ -191,9 +185,7 @@ void JpegCoefficientsTest::changesOnlyWhereTheStampIs()
         {"whole MCUs", {400, 288}, sampling(2, 2)},
         {"smaller than the stamp", {50, 30}, sampling(2, 2), false},
         {"RGB", {403, 301}, colours(JCS_RGB)},
-        {"progressive", {403, 301}, sampling(2, 1) << jpeg_simple_progression},
-        {"separate scans", {403, 301}, sampling(2, 2) << separateScans},
-        {"restarts", {403, 301}, sampling(2, 2) << Change([](auto *set) { set->restart_interval = 3; })},
+        {"progressive", {403, 301}, sampling(2, 2) << jpeg_simple_progression},
         {"arithmetic", {403, 301}, sampling(2, 2) << Change([](auto *set) { set->arith_code = TRUE; })},
     };
     int orientation = 0;
@@ -210,7 +202,7 @@ void JpegCoefficientsTest::changesOnlyWhereTheStampIs()
             stampedByCoefficients(jpeg, stamp, {.keepTables = true}, m_buffers);
         QVERIFY2(kept && kept->contains(QByteArray("\xff\xc0\0\x11", 4)), name); // a baseline JPEG
         QVERIFY2(componentsOf(*kept) == expected(jpeg, plain, painted, sourceQuality, changes), name);
-        for (const int quality : othersToo ? QList<int>{1, 75, 90, 100} : QList<int>()) {
+        for (const int quality : othersToo ? QList<int>{1, 90, 100} : QList<int>()) {
             const std::optional<QByteArray> other =
                 stampedByCoefficients(jpeg, stamp, {.quality = quality}, m_buffers);
             QVERIFY2(other && componentsOf(*other) == expected(jpeg, plain, painted, quality, changes),
