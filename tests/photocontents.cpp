@@ -420,11 +420,8 @@ void PhotoContentsTest::savesByTheFinalSuffix()
 
 void PhotoContentsTest::keepsTheDensity()
 {
-    const Tags perInch{{"Exif.Image.XResolution", "300/1"}, {"Exif.Image.YResolution", "400/1"}};
-    Tags perCentimetre = perInch;
-    perCentimetre.insert("Exif.Image.ResolutionUnit", "3");
-    Tags senseless = perInch;
-    senseless.insert("Exif.Image.XResolution", "0/0");
+    const QByteArray x = "Exif.Image.XResolution", y = "Exif.Image.YResolution";
+    const Tags perInch{{x, "300/1"}, {y, "400/1"}};
     const auto jfif = [](int unit, int across, int down) {
         return segment(0xe0, "JFIF\0\1\2"_ba + bigEndian(unit, 1) + bigEndian(across, 2) +
                                  bigEndian(down, 2) + "\0\0"_ba);
@@ -441,9 +438,9 @@ void PhotoContentsTest::keepsTheDensity()
         {jfif(1, 200, 100), perInch, {200, 100}},
         {jfif(2, 100, 50), {}, {254, 127}},
         {jfif(0, 1, 1), perInch, {300, 400}},
-        {{}, perCentimetre, {762, 1016}},
-        {{}, senseless, {72, 72}},
-        {{}, {}, {72, 72}},
+        {{}, {{x, "300/1"}, {y, "400/1"}, {"Exif.Image.ResolutionUnit", "3"}}, {762, 1016}},
+        {{}, {{x, "300/1"}, {y, "0/0"}}, {72, 72}},
+        {{}, {{x, "300/1"}}, {72, 72}},
     };
     for (const auto &each : cases) {
         const QByteArray photo = jpegWith(each.header + segment(0xe1, "Exif\0\0"_ba + exifOf(each.tags)));
