@@ -108,15 +108,17 @@ private slots:
         const QByteArray list = QByteArray::fromHex("0200000001000600ffffffff02000600e903000004000400ffffffff"
                                                     "10000600ffffffff20000000ffffffff");
         const auto size = static_cast<size_t>(list.size());
-        if (chown("a", 1234, 5678) != 0 || setxattr("a", "user.nota", "hola", 4, 0) != 0 ||
+        if ((geteuid() == 0 && chown("a", 1234, 5678) != 0) ||
+            setxattr("a", "user.nota", "hola", 4, 0) != 0 ||
             setxattr("a", "system.posix_acl_access", list.constData(), size, 0) != 0)
-            QSKIP("needs the administrator and a file system with attributes");
+            QSKIP("needs a file system with attributes");
         UnfinishedFile copy; // into another folder
         QString error;
         QCOMPARE(chmod("a", 0440), 0);
         QVERIFY(copy.open(u"."_s, false, &error));
         QVERIFY(copy.write("new", u"a"_s, Attributes::OfACopy, Durability::Later, &error));
-        QCOMPARE(attributesOf(QFile::encodeName(copy.path()).constData()), "0:0 100640 00686f6c61 ");
+        QCOMPARE(attributesOf(QFile::encodeName(copy.path()).constData()),
+                 QByteArray::number(geteuid()) + ":" + QByteArray::number(getegid()) + " 100640 00686f6c61 ");
         for (const mode_t mode : {0660, 04604}) { // with the access list, and then without
             QCOMPARE(chmod("a", mode), 0);
             const QByteArray before = attributesOf("a");
