@@ -26,12 +26,12 @@ protected:
     }
 
     /// A path beside the folder of photos.
-    QString path(const QString &name) const { return m_folder->filePath(name); }
+    QString path(QAnyStringView name) const { return m_folder->filePath(name.toString()); }
 
     /// A path in the folder of photos; its folder is there.
-    QString photo(const QByteArray &name) const
+    QString photo(QAnyStringView name) const
     {
-        const QString path = m_root + u'/' + QString::fromUtf8(name);
+        const QString path = m_root + u'/' + name.toString();
         QDir().mkpath(QFileInfo(path).path());
         return path;
     }

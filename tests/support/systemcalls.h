@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <functional>
 #include <future>
@@ -10,16 +11,15 @@
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
-/// Runs `work` in a thread of its own. Whenever that is about to ask the system for one of `calls`, `answer`
-/// comes first, which may do to the files what others might do in that moment: the call then fails with the
-/// error number that `answer` returns, or with 0 takes place.
-inline void withSystemCalls(const std::vector<long> &calls,
-                            const std::function<int(const seccomp_data &)> &answer,
-                            const std::function<void()> &work)
+/// Runs `work` in a thread of its own, and returns what it returns. Whenever that is about to ask the system
+/// for one of `calls`, `answer` comes first, which may do to the files what others might do in that moment:
+/// the call then fails with the error number that `answer` returns, or with 0 takes place.
+template <typename Work>
+auto withSystemCalls(const std::vector<long> &calls, const std::function<int(const seccomp_data &)> &answer,
+                     const Work &work)
 {
     std::vector<sock_filter> filter{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
     for (const long call : calls) {
@@ -29,11 +29,11 @@ inline void withSystemCalls(const std::vector<long> &calls,
     filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
     const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
     std::promise<long> listening;
-    std::thread worker([&] {
+    auto result = std::async(std::launch::async, [&] {
         prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
         listening.set_value(
             syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program));
-        work();
+        return work();
     });
     const int listener = static_cast<int>(listening.get_future().get());
     // It hangs up when the thread has ended.
@@ -46,15 +46,15 @@ inline void withSystemCalls(const std::vector<long> &calls,
         seccomp_notif_resp response{call.id, 0, -error, flags};
         ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &response);
     }
-    worker.join();
     close(listener);
+    return result.get();
 }
 
 /// Whether the system lets tests do so: it does not where somebody else answers already.
 inline bool canAnswerSystemCalls()
 {
-    bool asked = false;
-    withSystemCalls(
-        {SYS_getppid}, [&](const seccomp_data &) { return asked = true, 0; }, [] { syscall(SYS_getppid); });
-    return asked;
+    const auto refuse = [](const seccomp_data &) {
+        return EPERM;
+    };
+    return withSystemCalls({SYS_getppid}, refuse, [] { return syscall(SYS_getppid) < 0; });
 }
