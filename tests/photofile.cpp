@@ -235,10 +235,8 @@ private slots:
         for (const bool rename : {false, true}) {
             init();
             write("a.jpg");
-            const auto fail = [](const seccomp_data &) {
-                return EIO;
-            };
-            QCOMPARE(ranWhile({rename ? SYS_renameat2 : SYS_fsync}, fail), ends[rename]);
+            QCOMPARE(ranWhile({rename ? SYS_renameat2 : SYS_fsync}, [](auto &) { return EIO; }),
+                     ends[rename]);
             // While the copy goes onto the disk, another program puts its own photo in the place of this one.
             init();
             m_options.renamePhotos = rename;
@@ -249,9 +247,9 @@ private slots:
                 return 0;
             };
             const QByteArray told = ranWhile({SYS_fsync}, intrude);
-            QVERIFY2(told.startsWith("Backup/a_backup.jpg 16, a.jpg ") && !told.contains('*') &&
-                         told.contains(" | 0, otro programa ha movido o cambiado el archivo"),
+            QVERIFY2(told.startsWith("Backup/a_backup.jpg 16, a.jpg ") && !told.contains('*'),
                      told.constData());
+            QVERIFY2(told.contains(" | 0, otro programa ha movido o cambiado el archivo"), told.constData());
         }
 
         // A photo whose copy cannot get a name, its own or the new one, leaves that to the next, and what may
@@ -303,11 +301,6 @@ private slots:
             for (int width = 16; width < 16 + count; ++width)
                 QCOMPARE(results.count(QByteArray(" " + QByteArray::number(width) + "*")), 1);
         }
-        // The name that a photo leaves is the next to be given.
-        init();
-        m_options.renamePhotos = true;
-        write("P.jpg, P (1).jpg");
-        QVERIFY(!ran().contains("P (3).jpg"));
     }
 };
 

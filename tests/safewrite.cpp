@@ -84,15 +84,13 @@ private slots:
             return QByteArray(withSystemCalls({call}, answer, [] { return replace("longer"); }) + ", " +
                               files());
         };
-        const auto fail = [](const seccomp_data &) {
-            return EIO;
-        };
         const auto cutShort = [](const seccomp_data &) {
             return truncate(QDir().entryList({u".velmaro-*"_s}, QDir::Files | QDir::Hidden).value(0).toUtf8(),
                             2);
         };
         for (const long call : {SYS_fsync, SYS_close, SYS_rename})
-            QCOMPARE(replaceWhile(call, fail), "error de entrada o salida del disco, a=old");
+            QCOMPARE(replaceWhile(call, [](auto &) { return EIO; }),
+                     "error de entrada o salida del disco, a=old");
         QCOMPARE(replaceWhile(SYS_fsync, cutShort), "el archivo no llegó entero al disco, a=old");
     }
 

@@ -18,26 +18,27 @@ class SettingsTest : public QObject
 {
     Q_OBJECT
 
+    QTemporaryDir m_folder;
+    const QString m_store = m_folder.filePath(u"Velmaro/Velmaro.conf"_s);
+
 private slots:
     void initTestCase() { qputenv("XDG_CONFIG_HOME", m_folder.path().toUtf8()); }
+
     void keepsThemInTheStore()
     {
         // with what others may do with the file: the key is nobody else's business
-        const auto loaded = [this] {
+        const auto loaded = [this]() -> QString {
             const Settings settings = Settings::load();
-            const int others = QFile::permissions(m_store) & (QFile::ReadGroup | QFile::ReadOther);
-            return u"%1|%2|%3|%4"_s.arg(settings.altitudeProvider, settings.googleApiKey)
-                .arg(settings.jpegQuality)
-                .arg(others);
+            return settings.altitudeProvider + u'|' + settings.googleApiKey + u'|' +
+                   QString::number(settings.jpegQuality) + u'|' +
+                   QString::number(QFile::permissions(m_store) & (QFile::ReadGroup | QFile::ReadOther));
         };
         QCOMPARE(loaded(), u"OpenTopoData||90|0"_s);
         Settings{u"Google Elevation"_s, u" Clave%+/ "_s, 77}.save();
         QVERIFY(!QFile::permissions(m_store).testFlag(QFile::ReadOther));
-        QCOMPARE(
-            bytesOf(m_store),
-            "[altitude]\napiKey=\" Clave%+/ \"\nprovider=Google Elevation\n\n[output]\njpegQuality=77\n");
-        QFile::setPermissions(m_store,
-                              QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+        QCOMPARE(bytesOf(m_store), "[altitude]\napiKey=\" Clave%+/ \"\nprovider=Google Elevation\n\n"
+                                   "[output]\njpegQuality=77\n");
+        QFile::setPermissions(m_store, QFile::Permissions(0x6044)); // readable for all
         QCOMPARE(loaded(), u"Google Elevation| Clave%+/ |77|0"_s);
         writeText(m_store, "[output]\njpegQuality=mucha\n");
         QCOMPARE(loaded(), u"OpenTopoData||90|0"_s);
@@ -60,16 +61,12 @@ private slots:
         dialog.providerCombo->setCurrentIndex(1);
         QCOMPARE(chosen(dialog), u"Google Elevation  100% 2"_s);
         QCOMPARE(dialog.apiKeyEdit->echoMode(), QLineEdit::Password);
-        QStringList texts = {dialog.windowTitle()};
+        QString texts = dialog.windowTitle();
         for (const QLabel *label : dialog.findChildren<QLabel *>())
-            texts += label->text();
-        QCOMPARE(texts.join(u'|').toUtf8(), "Configuración|Clave API Google Elevation:|Calidad JPEG (1-100):|"
-                                            "Proveedor de API de Altitud:");
+            texts += u'|' + label->text();
+        QCOMPARE(texts.toUtf8(), "Configuración|Clave API Google Elevation:|Calidad JPEG (1-100):|"
+                                 "Proveedor de API de Altitud:");
     }
-
-private:
-    QTemporaryDir m_folder;
-    const QString m_store = m_folder.filePath(u"Velmaro/Velmaro.conf"_s);
 };
 
 QTEST_MAIN(SettingsTest)

@@ -197,10 +197,10 @@ private slots:
         QCOMPARE(contents("progreso").count("Progreso"), 10);
         paint("sub/a.jpg", 0);
         run("fotos/sub' /dev/null", "script -qec '"); // on a terminal
-        const QByteArray bars = "\r[" + QByteArray(40, '.') +
-                                "] 0/1\r\x1b[KDibujando rosa con orientación 90.5\r\n\r[" +
-                                QByteArray(40, '#') + "] 1/1\r\x1b[K\r\nProcesando: a.jpg";
-        QVERIFY2(m_output.startsWith(bars), m_output.constData());
+        m_output.replace(QByteArray(40, '.'), "...").replace(QByteArray(40, '#'), "###");
+        QVERIFY2(m_output.startsWith("\r[...] 0/1\r\x1b[KDibujando rosa con orientación 90.5\r\n\r[###] 1/1"
+                                     "\r\x1b[K\r\nProcesando: a.jpg"),
+                 m_output.constData());
     }
 
     void tellsWhatWasLeft()
@@ -216,18 +216,6 @@ private slots:
                               "Error al abrir la imagen: ./fotos/sub/19J 500000 6000000.jpg\n"
                               "No se pudo guardar la copia original de 2 fotos.\n"
                               "Quedaron sin terminar 1 de 2 fotos.");
-    }
-
-    // Neither a reader of the log who goes away nor closed streams stop a run, or get into its files.
-    void goesOnWithoutListeners()
-    {
-        thirtyPhotos();
-        for (const char *way : {"| head -1", ">&-", "2>&- >&- <&-", "2>&1 | true", "> /dev/full"}) {
-            const char *full = "1 No se pudo escribir el registro: no queda espacio en el disco";
-            QCOMPARE(run(QByteArray("fotos --subcarpetas --salida salida ") + way, "rm -rf salida/*;"),
-                     QByteArray(way) == "> /dev/full" ? full : "0 ");
-            QCOMPARE(results("salida"), results("una"));
-        }
     }
 
     // Of a write-protected photo, or one in a write-protected folder as on a memory card, only copies are
@@ -253,26 +241,32 @@ private slots:
         QCOMPARE(contents("fotos/a.jpg"), original);
     }
 
-    void partsMakeTheWholeRun()
+    void makesTheSameInPartsAndWithoutListeners()
     {
-        // Where the output folder ignores case, these would be one file: one task has to know of both.
-        for (int count = 2; count < 9; ++count) {
-            for (PhotoPart part{1, count}; part.number <= count; ++part.number)
-                QCOMPARE(part.holds(u"Día/Ñandú.JPG"_s), part.holds(u"día/ñandú.jpg"_s));
-        }
         thirtyPhotos();
-        const QByteArray task =
-            "fotos --subcarpetas --salida salida --hilos 1 --parte $number/3 & done; wait";
-        QCOMPARE(run(task, "for number in 1 2 3; do"), "0 ");
+        QCOMPARE(run("fotos --subcarpetas --salida salida --hilos 1 --parte $number/3 & done; wait",
+                     "for number in 1 2 3; do"),
+                 "0 ");
         QCOMPARE(m_output.count("Metadatos escritos"), 30);
         QCOMPARE(results("salida"), results("una"));
+        // Neither a reader of the log who goes away nor closed streams stop a run, or get into its files.
+        for (const QByteArray way : {"| head -1", ">&-", "2>&- >&- <&-", "2>&1 | true", "> /dev/full"}) {
+            const char *full = "1 No se pudo escribir el registro: no queda espacio en el disco";
+            QCOMPARE(run("fotos --subcarpetas --salida salida " + way, "rm -rf salida/*;"),
+                     way == "> /dev/full" ? full : "0 ");
+            QCOMPARE(results("salida"), results("una"));
+        }
 
+        // Where the output folder ignores case, these would be one file: one task has to know of both.
+        for (int count = 2; count < 9; ++count)
+            QCOMPARE(PhotoPart({1, count}).holds(u"Día/Ñandú.JPG"_s),
+                     PhotoPart({1, count}).holds(u"día/ñandú.jpg"_s));
         // The name of a photo is kept for its copy, which another task will bring.
         init();
         paint("b.jpg", 30);
         paint("19G 345093 6297582.jpg", 60);
-        for (const char *part : {"2/2", "1/2"})
-            QCOMPARE(run(QByteArray("fotos --salida salida --parte ") + part), "0 ");
+        QCOMPARE(run("fotos --salida salida --parte 2/2; " VELMARO_LOTE " fotos --salida salida --parte 1/2"),
+                 "0 ");
         QCOMPARE(results("salida"), "19G 345093 6297582 (1).jpg 19G 345093 6297582 (2).jpg ~19 ~9");
     }
 
@@ -289,10 +283,6 @@ private slots:
         while (kills < 50 && run(task, "timeout -s KILL " + QByteArray::number(0.01 * (kills + 1))) != "0 ")
             ++kills;
         QVERIFY(kills > 0);
-        QCOMPARE(run(task), "0 ");
-        QCOMPARE(results("salida"), results("una"));
-        QCOMPARE(contents("mapa").count("\"Feature\""), 30);
-
         // cut short in the last line of a photo
         QFile journal(path("salida/.velmaro-diario-1-de-1"));
         QVERIFY(journal.resize(bytesOf(journal.fileName()).lastIndexOf("\"fin\"") + 10));
@@ -341,22 +331,18 @@ END
 
     void refusesAnotherRun()
     {
-        const QByteArray task = "fotos --salida salida --reanudar ";
-        QCOMPARE(run(task + "--parte 1/2"), "0 ");
-        const auto refusal = [this](const QByteArray &arguments) {
-            return run("fotos" + arguments).split(')').first(); // advice follows
-        };
-        const QByteArray others =
-            "2 El trabajo en esta carpeta de salida es de otra carpeta de fotos o de otras "
-            "opciones (.velmaro-diario-1-de-2";
-        QCOMPARE(refusal(" --salida salida --reanudar --parte 1/3"),
-                 "2 El trabajo en esta carpeta de salida se repartió en otra cantidad de "
-                 "partes (.velmaro-diario-1-de-2");
-        for (const char *other : {" --prefijo p", " --calidad 50",
-                                  " --coordenadas salida/.velmaro-diario-1-de-2", " --sin-incrustar", "/sub"})
-            QCOMPARE(refusal(other + QByteArray(" --salida salida --reanudar --parte 2/2")), others);
-        QCOMPARE(run(task + "--parte 1/2", "flock salida/.velmaro-diario-1-de-2"),
+        const QByteArray task = "--salida salida --reanudar --parte 1/2 fotos";
+        QCOMPARE(run(task), "0 ");
+        QCOMPARE(run(task, "flock salida/.velmaro-diario-1-de-2"),
                  "2 Otra tarea trabaja ya en esta parte: ./salida/.velmaro-diario-1-de-2");
+        for (const QByteArray other : {" --parte 1/3", " --parte 2/2 --prefijo p", " --calidad 50", "/sub",
+                                       " --coordenadas salida/.velmaro-diario-1-de-2", " --sin-incrustar"}) {
+            const QByteArray reason = other == " --parte 1/3"
+                                          ? "se repartió en otra cantidad de partes"
+                                          : "es de otra carpeta de fotos o de otras opciones";
+            QCOMPARE(run(task + other).split(')').first(), // advice follows
+                     "2 El trabajo en esta carpeta de salida " + reason + " (.velmaro-diario-1-de-2");
+        }
     }
 
     void drawsTheMap()

@@ -53,8 +53,6 @@ auto withSystemCalls(const std::vector<long> &calls, const std::function<int(con
 /// Whether the system lets tests do so: it does not where somebody else answers already.
 inline bool canAnswerSystemCalls()
 {
-    const auto refuse = [](const seccomp_data &) {
-        return EPERM;
-    };
-    return withSystemCalls({SYS_getppid}, refuse, [] { return syscall(SYS_getppid) < 0; });
+    return withSystemCalls(
+        {SYS_getppid}, [](auto &) { return EPERM; }, [] { return syscall(SYS_getppid) < 0; });
 }
