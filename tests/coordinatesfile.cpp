@@ -66,7 +66,6 @@ private slots:
         const QByteArray tooShort = "Línea inválida en archivo txt (menos de 5 columnas): ";
         for (const QByteArray top : {"", "NOMBRE;ZONA;...\n", "Nombre;Easting\n"})
             QCOMPARE(read(top + header + row), taken);
-        QCOMPARE(read('\n' + header + row), refused + taken);
         QCOMPARE(read(row + header), refused + taken);
         QCOMPARE(read(" nombre;x\n" + header + row), tooShort + " nombre;x\n" + refused + taken);
         QCOMPARE(read("zona;easting\n" + row), tooShort + "zona;easting\n" + taken);
@@ -85,10 +84,7 @@ private slots:
                  "Fecha inválida en archivo txt para b: ayer\n"
                  "Altitud inválida para c: 1.5 m\n"
                  "a -61H 1 2 5 m\nb 19H 1 2 5 m\nc 19H 1 2 3°\n");
-    }
 
-    void takesDates()
-    {
         const std::pair<const char *, QByteArray> valid[] = {
             {"2024-01-02T03:04:05", "2024-01-02 03:04:05 -3"},
             {"02/01/2024 03:04:05", "2024-01-02 03:04:05 -3"},

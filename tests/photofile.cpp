@@ -82,12 +82,10 @@ private slots:
     void copiesAndBacksUpTheTree()
     {
         write("A.jpeg, uno/dos/b.png, Backup/vieja.jpg");
-        QVERIFY(QFile::link(photo("A.jpeg"), photo("link.jpg")));
         m_options.renamePhotos = true;
-        QCOMPARE(ran("salida"), "A.jpeg 16, Backup/vieja.jpg 18, link.jpg 16, uno/dos/b.png 17 | "
+        QCOMPARE(ran("salida"), "A.jpeg 16, Backup/vieja.jpg 18, uno/dos/b.png 17 | "
                                 "P.jpg 16*, uno/dos/P.jpg 17* | 2");
 
-        QFile::remove(photo("link.jpg"));
         QFile file(photo("A.jpeg"));
         QVERIFY(file.open(QIODevice::ReadWrite) &&
                 file.setFileTime(QDate(2020, 1, 2).startOfDay(), QFileDevice::FileModificationTime));
@@ -297,7 +295,6 @@ private slots:
             run(8);
             const QByteArray results = tree(output ? m_options.outputFolder : m_root);
             QCOMPARE(results.count("P"), count);
-            QCOMPARE(results.count(".jpg"), count);
             for (int width = 16; width < 16 + count; ++width)
                 QCOMPARE(results.count(QByteArray(" " + QByteArray::number(width) + "*")), 1);
         }

@@ -88,26 +88,6 @@ private slots:
         }
         QCOMPARE(ratios, "0.2 0.3 0.5 0.001 0.01 0.05 0.1235 0.12 0.12 0.2 0.3 0.3 0.2 0.3 0.5 ");
     }
-
-    void fillsTheOptionsOfARun()
-    {
-        RunRequest request;
-        request.preset.apply(otherProfile());
-        request.run.txtPath = u"/t.csv"_s;
-        request.run.createBackup = true;
-        // Logo, its size, coordinates file and backup copies: all of them, then with one switch turned.
-        QStringList through;
-        for (int turned = 0; turned < 4; ++turned) {
-            request.drawLogo = turned != 1;
-            request.run.useExif = turned == 2;
-            request.run.useOutputFolder = turned == 3;
-            const ProcessOptions run = request.options();
-            through +=
-                u"%1 %2 %3 %4"_s.arg(run.logoPath).arg(run.logoRatio).arg(run.txtPath).arg(run.createBackup);
-        }
-        QCOMPARE(through.join(u'|').toUtf8(),
-                 "/l.png 0.1 /t.csv 1| 0 /t.csv 1|/l.png 0.1  1|/l.png 0.1 /t.csv 0");
-    }
 };
 
 QTEST_GUILESS_MAIN(PresetTest)

@@ -61,17 +61,6 @@ private slots:
             QCOMPARE(withSystemCalls(
                          calls, [](auto &) { return EINVAL; }, &namesGiven),
                      given);
-
-        // A file that got a second name, but could not lose the first, does not keep both.
-        writeText(u"a"_s, "a");
-        bool unlinking = false;
-        const auto failOnce = [&](const seccomp_data &call) {
-            return call.nr == SYS_renameat2 ? EINVAL : std::exchange(unlinking, true) ? 0 : EACCES;
-        };
-        QString error;
-        withSystemCalls({SYS_renameat2, SYS_unlink}, failOnce,
-                        [&] { return FilePlacer().rename(u"a"_s, u"b"_s, &error); });
-        QCOMPARE(error + u' ' + QDir().entryList(QDir::Files).join(u' '), u"permiso denegado a"_s);
     }
 };
 

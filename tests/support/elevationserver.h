@@ -25,7 +25,17 @@ public:
             qFatal("no port on this machine");
         connect(this, &QTcpServer::newConnection, this, [this] {
             QTcpSocket *socket = nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { reply(socket); });
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
+                if (!socket->peek(socket->bytesAvailable()).endsWith("\r\n\r\n"))
+                    return; // more is to come
+                m_requests.append(QString::fromLatin1(socket->readAll().split(' ').value(1)));
+                const Answer otherwise = {R"({"status": "OK", "results": [{"elevation": 100}]})"};
+                const Answer answer = m_answers.isEmpty() ? otherwise : m_answers.takeFirst();
+                QTimer::singleShot(answer.delay, socket, [socket, answer] {
+                    socket->write("HTTP/1.1 " + QByteArray::number(answer.status) + " -\r\nContent-Length: " +
+                                  QByteArray::number(answer.body.size()) + "\r\n\r\n" + answer.body);
+                });
+            });
         });
     }
 
@@ -43,19 +53,6 @@ public:
     QStringList requests() const { return m_requests; }
 
 private:
-    void reply(QTcpSocket *socket)
-    {
-        if (!socket->peek(socket->bytesAvailable()).endsWith("\r\n\r\n"))
-            return; // more is to come
-        m_requests.append(QString::fromLatin1(socket->readAll().split(' ').value(1)));
-        const Answer otherwise = {R"({"status": "OK", "results": [{"elevation": 100}]})"};
-        const Answer answer = m_answers.isEmpty() ? otherwise : m_answers.takeFirst();
-        QTimer::singleShot(answer.delay, socket, [socket, answer] {
-            socket->write("HTTP/1.1 " + QByteArray::number(answer.status) + " -\r\nContent-Length: " +
-                          QByteArray::number(answer.body.size()) + "\r\n\r\n" + answer.body);
-        });
-    }
-
     QList<Answer> m_answers;
     QStringList m_requests;
 };
