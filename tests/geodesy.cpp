@@ -31,14 +31,12 @@ private slots:
     {
         QCOMPARE(utmOf(-0.0, 0.0), "31M 166021.4432 0.0000");
         QCOMPARE(utmOf(45.0, -72.0), "19S 263553.9739 4987333.9898"); // the edge of a zone
-        QCOMPARE(utmOf(4.0, -74.0), "18M 611011.3297 442194.9725");
         QCOMPARE(utmOf(-79.25, 178.9), "60D 539556.6446 1201478.7614");
         QCOMPARE(utmOf(64.5, 0.25), "31V 367932.1703 7155597.8996");
         // On the central meridian nothing but the meridian arc counts: 4,429,529.0302 m at 40° (Snyder,
         // equation 3-21).
         QCOMPARE(utmOf(40.0, -75.0), "18S 500000.0000 4427757.2189");
         QCOMPARE(utmOf(0.0, 180.0), "61M 166021.4432 0.0000");
-        QCOMPARE(utmOf(qQNaN(), qInf()), "2147483647D nan nan");
 
         QByteArray letters; // at the foot of each band and below it
         for (const int foot : {84, 72, 64, 56, 48, 40, 32, 24, 16, 8, 0, -8, -16, -24, -32, -40, -48, -56}) {
@@ -60,10 +58,9 @@ private slots:
             QCOMPARE(degreesOf(18, letter, 611011.33, 442194.97), "3.99999998 -74.00000000");
         for (const char letter : {'H', 'M', '\0', '\xd1'}) // also what is negative as a signed byte
             QCOMPARE(degreesOf(19, letter, 345678.4, 6298765.6), "-33.43941415 -70.66017217");
-        QCOMPARE(degreesOf(INT_MAX, 'H', qQNaN(), -1e300), "nan nan");
     }
 
-    void formatsPositions()
+    void formatsPositionsAndHeadings()
     {
         QCOMPARE(formatUtm(19, 'H', 345678.4, 6298765.6).toUtf8(), "19H 345678 6298766");
         QCOMPARE(formatUtm(19, '\0', 345678.4, -0.6).toUtf8(), "19 345678 -1");
@@ -75,10 +72,7 @@ private slots:
         QCOMPARE(formatLatLon(10.0 + 779.9 / 3600, -10.0 - 30.75 / 3600).toUtf8(),
                  "10° 12' 60\" N 10° 0' 31\" W");
         QCOMPARE(formatLatLon(qQNaN(), qInf()).toUtf8(), "0° 0' 0\" S 9223372036854775807° 0' 0\" E");
-    }
 
-    void formatsHeadings()
-    {
         QByteArray points;
         for (double heading = 0.0; heading < 360.0; heading += 22.5)
             points += ' ' + compassPointName(heading).toLatin1();

@@ -92,7 +92,7 @@ private slots:
         QCOMPARE(progress, u"0: 0/13 1/13 2/13 3/13 4/13 5/13 6/13 7/13 8/13 9/13 10/13 11/13 12/13"_s);
     }
 
-    void countsWhatBecameOfThePhotos()
+    void tellsWhatBecameOfThePhotosAndHowLongItTook()
     {
         QCOMPARE(runBatch(m_root, m_options).progress, (QList<QPair<int, int>>{{0, 0}}));
 
@@ -118,14 +118,11 @@ private slots:
         QCOMPARE(told.join(u'|').toUtf8(),
                  "b.png: Error guardando la imagen: Maximum supported image dimension is 65500 pixels|"
                  "d.jpg: no memory|3|1|1|1");
-    }
 
-    void saysHowLongItTook()
-    {
-        QString texts;
+        QString times;
         for (const qint64 ms : {999, 59999, 60000, 3599999, 3600000, 45125000})
-            texts += elapsedText(ms) + u' ';
-        QCOMPARE(texts, u"0s 59s 1m 00s 59m 59s 1h 00m 00s 12h 32m 05s "_s);
+            times += elapsedText(ms) + u' ';
+        QCOMPARE(times, u"0s 59s 1m 00s 59m 59s 1h 00m 00s 12h 32m 05s "_s);
     }
 };
 

@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -106,8 +105,7 @@ private slots:
             QSKIP("needs a file system with attributes");
         UnfinishedFile copy; // into another folder
         QString error;
-        QCOMPARE(chmod("a", 0440), 0);
-        QVERIFY(copy.open(u"."_s, false, &error));
+        QVERIFY(chmod("a", 0440) == 0 && copy.open(u"."_s, false, &error));
         QVERIFY(copy.write("new", u"a"_s, Attributes::OfACopy, Durability::Later, &error));
         QCOMPARE(attributesOf(QFile::encodeName(copy.path()).constData()),
                  QByteArray::number(geteuid()) + ":" + QByteArray::number(getegid()) + " 100640 00686f6c61 ");
@@ -119,9 +117,6 @@ private slots:
             removexattr("a", "system.posix_acl_access");
             setxattr(".", "system.posix_acl_default", list.constData(), size, 0); // which every new file gets
         }
-        QCOMPARE(write(u"b"_s, "b"), "");
-        writeText(u"c"_s, "c");
-        QCOMPARE(attributesOf("b"), attributesOf("c"));
     }
 
     void writesToWhatIsThere()

@@ -8,8 +8,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cerrno>
-
 using namespace Qt::StringLiterals;
 
 /// Names are given once, lowest number first, and never one that a file has.
