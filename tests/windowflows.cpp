@@ -4,43 +4,35 @@
 #include "support/elevationserver.h"
 #include "support/windowfixture.h"
 
-#include <QComboBox>
-#include <QDialogButtonBox>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QLineEdit>
-#include <QProgressDialog>
-#include <QPushButton>
-#include <QSpinBox>
-#include <QStatusBar>
-#include <QTest>
-#include <QThreadPool>
-
 using namespace Qt::StringLiterals;
 
-/// What runs from the window: the batch, the sample file, the altitude fill and the settings.
+/// What runs in the window: the preview, the batch, the sample file and the altitude fill.
 class WindowFlowsTest : public WindowFixture
 {
     Q_OBJECT
 
 private slots:
     void init();
-    void refusesInOrder();
+    void browsesPhotos();
+    void leavesNoTrace();
+    void showsWhatAViewerShows();
+    void tellsWhatCannotBeShown();
+    void drawsQuickChangesOnce();
+    void listsATypedPathWhenTypingPauses();
     void runsABatchToItsEnd();
     void tellsWhatWasNotDone();
-    void hidesACancelledBatch();
-    void closesAfterItsBatch();
+    void hidesACancelledBatchAndClosesAfterIt();
     void breaksOffItsBatchAtTheEnd();
     void writesASampleFile();
     void fillsAltitudes();
     void breaksOffAnAltitudeFill();
-    void refusesAnAltitudeFill();
-    void keepsSettings();
+    void usesItsSettings();
 
 private:
+    QString shown() const { return textOf(find(u"previewLabel"_s)); }
     QStringList photoNames() const { return QDir(photos()).entryList(QDir::Files, QDir::Name); }
     void useTable(const QByteArray &rows) const;
-    bool fillEnds() const;
+    QString fill();
 
     ElevationServer m_server;
     const QString m_table = u"tabla.csv"_s;
@@ -59,29 +51,142 @@ void WindowFlowsTest::useTable(const QByteArray &rows) const
     type(u"txtPathEdit"_s, path(m_table));
 }
 
-void WindowFlowsTest::refusesInOrder()
+void WindowFlowsTest::browsesPhotos()
 {
-    check(u"txtRadio"_s);
-    check(u"outputFolderCheck"_s);
-    writeText(path(m_table), "");
-    QStringList told;
-    for (const auto &[edit, text] : {std::pair{u"directoryEdit"_s, path(u"nada"_s)},
-                                     {u"directoryEdit"_s, photos()},
-                                     {u"txtPathEdit"_s, u""_s},
-                                     {u"txtPathEdit"_s, photos()}, // a folder is no file
-                                     {u"txtPathEdit"_s, path(m_table)},
-                                     {u"outputFolderEdit"_s, path(u"nada"_s)}}) {
-        check(u"logoCheck"_s, edit == u"directoryEdit");
-        type(edit, text);
-        told.append(dialogOf(u"startButton"_s));
+    writePhoto(path(u"aparte.jpg"_s), plainImage({400, 300}, QColor(80, 100, 200)), gpsTags());
+    QVERIFY(QFile::link(path(u"aparte.jpg"_s), photo(u"2.jpg"_s)));
+    showPhotos(2, {400, 300});
+    // The caption, the name of the photo in the pane by its red, and which buttons are in use.
+    QStringList steps;
+    const auto look = [&] {
+        const QImage picture = preview();
+        const int red = picture.pixelColor(picture.rect().center()).red();
+        steps.append(u"%1: %2.jpg%3%4"_s.arg(
+            textOf(find(u"photoCaption"_s)), QString::number((red + 20) / 40),
+            isEnabled(u"prevButton"_s) ? u" <"_s : u""_s, isEnabled(u"nextButton"_s) ? u" >"_s : u""_s));
+    };
+    window->activateWindow();
+    find(u"nextButton"_s)->setFocus();
+    QTRY_VERIFY(find(u"nextButton"_s)->hasFocus());
+    for (int step = 0; step < 4; ++step) {
+        look();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space); // goes to no field at the end
     }
-    QCOMPARE(told.join(u'\n') + log(), uR"(Error: Seleccione un directorio de fotos válido.
-Error: Seleccione un archivo de logo válido.
-Error: Seleccione un archivo txt válido (o cambie el modo a EXIF).
-Error: Seleccione un archivo txt válido (o cambie el modo a EXIF).
-Error: Seleccione una carpeta de salida válida.
-Error: Seleccione una carpeta de salida válida.)"_s);
-    QVERIFY(isEnabled(u"startButton"_s));
+    QVERIFY(!qobject_cast<QLineEdit *>(QApplication::focusWidget()));
+    click(u"prevButton"_s);
+    look();
+    type(u"directoryEdit"_s, photos() + u'/');
+    for (const int index : {2, -1, 3}) // a look aside does not move the place
+        QMetaObject::invokeMethod(window.get(), "showPreviewAtIndex", Q_ARG(int, index));
+    look();
+    click(u"nextButton"_s);
+    look();
+    // The folder has them in an order of its own.
+    QString seen = steps.join(u", "_s);
+    for (const int place : {0, 1, 2})
+        seen.replace(steps[place].section(u' ', 0, 0), QString(QChar(u'A' + place)));
+    QCOMPARE(seen, u"A (1 de 3): A >, B (2 de 3): B < >, C (3 de 3): C <, C (3 de 3): C <, "
+                   "B (2 de 3): B < >, C (3 de 3): C >, B (2 de 3): B < >"_s);
+    QVERIFY(find(u"photoCaption"_s)->toolTip().endsWith(u'/' + steps[1].section(u' ', 0, 0)));
+}
+
+void WindowFlowsTest::leavesNoTrace()
+{
+    showPhotos(1, {400, 300});
+    QFile::setPermissions(photo(u"0.jpg"_s), QFile::ReadOwner);
+    const QByteArray original = bytesOf(photo(u"0.jpg"_s));
+    check(u"prefixCheck"_s);
+    check(u"outputFolderCheck"_s);
+    type(u"outputFolderEdit"_s, path());
+    check(u"drawDataCheck"_s, false);
+    const QImage stamped = preview();
+    check(u"compassCheck"_s, false);
+    QVERIFY(!stamped.isNull() && preview() != stamped);
+    for (const QString &folder : {photos(), path()})
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 1);
+    QCOMPARE(bytesOf(photo(u"0.jpg"_s)), original);
+    QCOMPARE(log(), u""_s);
+}
+
+void WindowFlowsTest::showsWhatAViewerShows()
+{
+    writePhoto(photo(u"a.jpg"_s), plainImage({400, 200}), {{"Exif.Image.Orientation", "6"}});
+    type(u"directoryEdit"_s, photos());
+    const QImage byExif = preview();
+    QVERIFY(byExif.height() > byExif.width());
+
+    // By the coordinates file: as it is without a row, stamped with one, and anew once the file has changed.
+    click(u"txtRadio"_s);
+    QList<QImage> pictures{preview()};
+    for (const char *row : {"a.jpg;19;H;300000;6000000\n", "a.jpg;19;H;300001;6000000\n"}) {
+        writeText(path(u"tabla.csv"_s), row);
+        type(u"txtPathEdit"_s, path(u"tabla.csv"_s));
+        check(u"drawTimeCheck"_s, pictures.size() == 1); // a change that draws it again
+        pictures.append(preview());
+    }
+    QVERIFY(pictures[0] != byExif && pictures[0] != pictures[1] && pictures[1] != pictures[2]);
+}
+
+void WindowFlowsTest::tellsWhatCannotBeShown()
+{
+    QStringList texts;
+    for (const QString &folder :
+         {photos(), path(u"nada"_s), QString()}) { // no name is not the current folder
+        type(u"directoryEdit"_s, folder);
+        texts.append(shown());
+    }
+    writeText(photo(u"a.jpg"_s), "no image");
+    type(u"directoryEdit"_s, photos());
+    QCOMPARE(texts.join(u'\n') + u'\n' + shown(),
+             uR"(No se encontraron imágenes en el directorio seleccionado.
+El directorio seleccionado no es válido.
+No se encontraron imágenes en el directorio seleccionado.
+Error al generar la vista previa.)"_s);
+
+    // A resize scales the last good preview, and brings it back in place of a message.
+    QFile::remove(photo(u"a.jpg"_s));
+    showPhotos(2, {400, 300});
+    type(u"directoryEdit"_s, photos() + u'/');
+    const QSize before = preview().size();
+    window->showNormal();
+    window->resize(700, 500);
+    QTRY_VERIFY(preview().width() < before.width());
+    type(u"directoryEdit"_s, path(u"nada"_s));
+    QVERIFY(preview().isNull() && !isEnabled(u"nextButton"_s));
+    window->resize(800, 600);
+    QTRY_VERIFY(!preview().isNull());
+}
+
+void WindowFlowsTest::drawsQuickChangesOnce()
+{
+    showPhotos(1, {8000, 6000}); // takes longer than what is drawn at once
+    const QImage first = preview();
+    const auto changeOften = [this] {
+        for (int i = 0; i < 10; ++i)
+            click(u"drawDataCheck"_s);
+    };
+    QCOMPARE(effectOf(changeOften), u"1"_s);
+    check(u"compassCheck"_s, false);
+    QVERIFY(preview() != first);
+}
+
+void WindowFlowsTest::listsATypedPathWhenTypingPauses()
+{
+    showPhotos(1);
+    type(u"directoryEdit"_s, {});
+    check(u"subdirsCheck"_s);
+    auto *edit = find<QLineEdit>(u"directoryEdit"_s);
+    const QString asItWas = shown();
+    QTest::keyClicks(edit, photos());
+    QCOMPARE(shown(), asItWas); // although it began with "/"
+    QTRY_VERIFY(!preview().isNull());
+    for (const bool byEnter : {true, false}) {
+        edit->selectAll();
+        byEnter ? QTest::keyClicks(edit, u"/nada\r"_s) : edit->setText(u"/nada"_s);
+        QVERIFY(preview().isNull());
+        edit->setText(photos());
+        QVERIFY(!preview().isNull());
+    }
 }
 
 void WindowFlowsTest::runsABatchToItsEnd()
@@ -124,7 +229,7 @@ z.png: Error guardando la imagen: Maximum supported image dimension is 65500 pix
     QVERIFY(window->statusBar()->font().bold());
 }
 
-void WindowFlowsTest::hidesACancelledBatch()
+void WindowFlowsTest::hidesACancelledBatchAndClosesAfterIt()
 {
     showPhotos(8, {3000, 2000});
     check(u"backupCheck"_s, false);
@@ -133,40 +238,33 @@ void WindowFlowsTest::hidesACancelledBatch()
     QThreadPool::globalInstance()->setMaxThreadCount(1);
     bool shownAgain = false;
     bool poolFree = false;
-    QString goesOn;
+    const QSignalSpy messages(window->statusBar(), &QStatusBar::messageChanged);
     onNext<QProgressDialog>([&](QProgressDialog *progress) {
         progress->setMinimumDuration(0); // else Qt itself keeps it hidden for four seconds
         auto *cancel = progress->findChild<QPushButton *>();
         QCOMPARE(progress->labelText() + cancel->text(), u"Procesando fotos...Cancelar"_s);
         cancel->click();
+        window->close();
         auto *watch = new QTimer(progress);
         connect(watch, &QTimer::timeout, progress, [&, progress] {
             shownAgain = shownAgain || progress->isVisible();
             poolFree = poolFree || QThreadPool::globalInstance()->tryStart([] {});
-            if (goesOn.isEmpty() && status().contains(u" de 8 "))
-                goesOn = status().remove(QRegularExpression(u"\\d "_s));
         });
         watch->start(1);
     });
     runBatch();
     QThreadPool::globalInstance()->setMaxThreadCount(threads);
-    QVERIFY(!shownAgain && poolFree);
-    QCOMPARE(goesOn, u"El proceso continúa: de fotos."_s);
-    QCOMPARE(status(), u"Terminadas 8 de 8 fotos."_s);
-}
-
-void WindowFlowsTest::closesAfterItsBatch()
-{
-    showPhotos(2, {400, 300});
-    onNext<QProgressDialog>([this](QProgressDialog *progress) {
-        progress->close();
-        window->close();
-        QVERIFY(window->isVisible());
-        QCOMPARE(status(), u"Las fotos se están procesando. La ventana se cerrará al terminar."_s);
-    });
-    runBatch();
-    QVERIFY(!window->isVisible());
-    QCOMPARE(photoNames().filter(u"19"_s).size(), 2);
+    QVERIFY(!shownAgain && poolFree && !window->isVisible());
+    QStringList told;
+    for (const QVariantList &message : messages)
+        told.append(message[0].toString().replace(QRegularExpression(u"\\d"_s), u"n"_s));
+    told.removeDuplicates();
+    QCOMPARE(told.join(u'\n'), uR"(Procesando fotos...
+El proceso continúa: n de n fotos.
+Las fotos se están procesando. La ventana se cerrará al terminar.
+El proceso continúa: n de n fotos. La ventana se cerrará al terminar.
+Terminadas n de n fotos.)"_s);
+    QCOMPARE(photoNames().filter(u"19"_s).size(), 8);
 }
 
 void WindowFlowsTest::breaksOffItsBatchAtTheEnd()
@@ -226,36 +324,38 @@ Archivo de ejemplo creado en: /0.csv)"_s);
     QCOMPARE(textOf(find(u"txtPathEdit"_s)), path(u"0.csv"_s));
 }
 
-bool WindowFlowsTest::fillEnds() const
+QString WindowFlowsTest::fill()
 {
-    return QTest::qWaitFor([this] { return isEnabled(u"populateAltitudeButton"_s); }, 20000);
+    dialogOf(u"populateAltitudeButton"_s);
+    if (!QTest::qWaitFor([this] { return isEnabled(u"populateAltitudeButton"_s); }, 20000))
+        qFatal("the fill did not come to its end");
+    return m_dialog;
 }
 
 void WindowFlowsTest::fillsAltitudes()
 {
-    const QByteArray header = coordinatesHeader().toUtf8() + '\n';
+    const QByteArray rows =
+        coordinatesHeader().toUtf8() + "\n0.jpg;19;H;300000;6000000;;;7\nb;19;H;300000;6000000;;;\n";
     showPhotos(1, {200, 150});
     for (const bool overwrite : {false, true}) {
-        useTable(header + "0.jpg;19;H;300000;6000000;;;7\nb.jpg;19;H;300000;6000000;;;\n");
+        useTable(rows);
         check(u"overwriteAltitudeCheck"_s, overwrite);
         const QImage before = preview();
-        QCOMPARE(dialogOf(u"populateAltitudeButton"_s), u""_s);
-        QVERIFY(!isEnabled(u"populateAltitudeButton"_s) && fillEnds());
-        QCOMPARE(m_dialog, u"Completado: El proceso de relleno de altitud ha finalizado.\n"
-                           "El archivo CSV ha sido actualizado."_s);
-        QCOMPARE(bytesOf(path(m_table)), header + "0.jpg;19;H;300000;6000000;;;" +
-                                             (overwrite ? "100.00" : "7") +
-                                             "\nb.jpg;19;H;300000;6000000;;;100.00\n");
+        QCOMPARE(fill(), u"Completado: El proceso de relleno de altitud ha finalizado.\n"
+                         "El archivo CSV ha sido actualizado."_s);
+        QCOMPARE(
+            bytesOf(path(m_table)),
+            QByteArray(rows).replace(";;;\n", ";;;100.00\n").replace(";7", overwrite ? ";100.00" : ";7"));
         QCOMPARE(preview() != before, overwrite); // it is drawn anew
     }
     QCOMPARE(m_server.requests().size(), 3);
-    QCOMPARE(status(), u"Terminó la consulta de altitudes."_s);
-    const QStringList lines = log().remove(path()).split(u'\n');
-    QCOMPARE((lines.first(1) + lines.last(3)).join(u'\n'),
+    const QStringList lines = log().remove(path()).split(u'\n') + QStringList(status());
+    QCOMPARE((lines.first(1) + lines.last(4)).join(u'\n'),
              uR"(Iniciando relleno de altitud desde API para el archivo: /tabla.csv
 Proceso completado. Se actualizaron 2 de 2 registros.
 
-Relleno de altitud finalizado.)"_s);
+Relleno de altitud finalizado.
+Terminó la consulta de altitudes.)"_s);
 }
 
 void WindowFlowsTest::breaksOffAnAltitudeFill()
@@ -280,34 +380,13 @@ void WindowFlowsTest::breaksOffAnAltitudeFill()
     QCOMPARE(bytesOf(path(m_table)), table);
 }
 
-void WindowFlowsTest::refusesAnAltitudeFill()
+void WindowFlowsTest::usesItsSettings()
 {
-    for (const QString &file : {u""_s, path(u"nada.csv"_s), photos()}) {
-        type(u"txtPathEdit"_s, file);
-        QCOMPARE(dialogOf(u"populateAltitudeButton"_s),
-                 u"Error: Por favor, seleccione un archivo CSV válido."_s);
-    }
-    const auto fillWithKey = [this](const QString &key) {
-        Settings{ElevationProvider::Google, key, 90}.save();
-        init();
-        Settings().save();
-        useTable("a;b\na.jpg;19;H;300000;6000000\n");
-        return dialogOf(u"populateAltitudeButton"_s);
-    };
-    QCOMPARE(fillWithKey({}), u"Error: No se ha configurado una clave de API para Google Elevation. Por "
-                              "favor, añádala en Herramientas -> Configuración."_s);
-    QCOMPARE(m_server.requests(), QStringList());
-    fillWithKey(u"clave"_s);
-    QVERIFY(fillEnds());
-    QVERIFY(m_server.requests().value(0).endsWith(u"&key=clave"));
-}
-
-void WindowFlowsTest::keepsSettings()
-{
-    const auto openDialog = [this](QDialogButtonBox::StandardButton end) {
-        onNext<QDialog>([end](QDialog *dialog) {
+    useTable("a;b\na.jpg;19;H;300000;6000000\n");
+    const auto set = [this](const QString &key, QDialogButtonBox::StandardButton end) {
+        onNext<QDialog>([key, end](QDialog *dialog) {
             dialog->findChild<QComboBox *>()->setCurrentText(ElevationProvider::Google);
-            dialog->findChild<QLineEdit *>(u"apiKeyEdit"_s)->setText(u" clave "_s);
+            dialog->findChild<QLineEdit *>(u"apiKeyEdit"_s)->setText(key);
             dialog->findChild<QSpinBox *>()->setValue(40);
             dialog->findChild<QDialogButtonBox *>()->button(end)->click();
         });
@@ -316,14 +395,22 @@ void WindowFlowsTest::keepsSettings()
                 action->trigger();
         }
         const Settings stored = Settings::load();
-        return QString(stored.altitudeProvider + stored.googleApiKey + QString::number(stored.jpegQuality) +
-                       log());
+        return u"%1 %2 %3 %4"_s.arg(stored.altitudeProvider, stored.googleApiKey,
+                                    QString::number(stored.jpegQuality), log());
     };
-    QCOMPARE(openDialog(QDialogButtonBox::Cancel), u"OpenTopoData90"_s);
-    QCOMPARE(openDialog(QDialogButtonBox::Ok),
-             u"Google Elevation clave 40Configuración de salida y altitud actualizada."_s);
+    QCOMPARE(set(u"clave"_s, QDialogButtonBox::Cancel), u"OpenTopoData  90 "_s);
+    QCOMPARE(set({}, QDialogButtonBox::Ok),
+             u"Google Elevation  40 Configuración de salida y altitud actualizada."_s);
     QCOMPARE(window->currentRequest().options().jpegQuality, 40);
+    QCOMPARE(fill(), u"Error: No se ha configurado una clave de API para Google Elevation. Por favor, "
+                     "añádala en Herramientas -> Configuración."_s);
+    set(u"clave"_s, QDialogButtonBox::Ok);
+    init(); // the next window knows them, too
     Settings().save();
+    QCOMPARE(window->currentRequest().options().jpegQuality, 40);
+    useTable("a;b\na.jpg;19;H;300000;6000000\n");
+    fill();
+    QVERIFY(m_server.requests().value(0).endsWith(u"&key=clave"));
 }
 
 QTEST_MAIN(WindowFlowsTest)

@@ -1,21 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/windowfixture.h"
 
-#include <QAbstractButton>
-#include <QColorDialog>
-#include <QComboBox>
-#include <QDir>
-#include <QDoubleSpinBox>
-#include <QFileDialog>
-#include <QJsonObject>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenuBar>
-#include <QMessageBox>
-#include <QStatusBar>
-#include <QTest>
-#include <QTextEdit>
-
 using namespace Qt::StringLiterals;
 
 void WindowFixture::initMain()
@@ -28,6 +13,7 @@ void WindowFixture::initMain()
 void WindowFixture::startOver(const ElevationAccess &access)
 {
     window.reset();
+    m_dialog.clear();
     m_folder = std::make_unique<QTemporaryDir>();
     QDir().mkpath(photos());
     window = std::make_unique<PhotoRenamerGUI>(access);
@@ -57,21 +43,6 @@ void WindowFixture::check(const QString &box, bool on) const
         click(box);
 }
 
-void WindowFixture::type(const QString &lineEdit, const QString &text) const
-{
-    find<QLineEdit>(lineEdit)->setText(text);
-}
-
-QString WindowFixture::log() const
-{
-    return find<QTextEdit>(u"logView"_s)->toPlainText();
-}
-
-QString WindowFixture::status() const
-{
-    return window->statusBar()->currentMessage();
-}
-
 QString WindowFixture::textOf(const QWidget *widget)
 {
     for (const char *property : {"currentText", "text", "title"}) {
@@ -91,11 +62,9 @@ QImage WindowFixture::preview() const
 
 QStringList WindowFixture::state() const
 {
-    QWidgetList widgets;
-    for (QWidget *widget = window->nextInFocusChain(); widget != window.get();
-         widget = widget->nextInFocusChain())
-        widgets.append(widget);
-    widgets += window->menuBar()->findChildren<QWidget *>();
+    QWidgetList widgets = window->menuBar()->findChildren<QWidget *>();
+    for (QWidget *next = window->nextInFocusChain(); next != window.get(); next = next->nextInFocusChain())
+        widgets.append(next);
     QStringList lines;
     for (const QWidget *widget : widgets) {
         const auto *label = qobject_cast<const QLabel *>(widget);
@@ -105,7 +74,8 @@ QStringList WindowFixture::state() const
                 texts.prepend(other->text());
         }
         const bool isPart = QString(widget->objectName() + widget->parent()->objectName()).contains(u"qt_");
-        if (isPart || (label && label->buddy()) || texts.join(QString()).isEmpty())
+        const bool isStop = (widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy();
+        if (isPart || (label && label->buddy()) || (!isStop && texts.join(QString()).isEmpty()))
             continue;
         if (const auto *button = qobject_cast<const QAbstractButton *>(widget);
             button && button->isCheckable())

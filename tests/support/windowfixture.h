@@ -4,10 +4,9 @@
 #include "app/photorenamergui.h"
 #include "photofiles.h"
 
-#include <QApplication>
-#include <QDialog>
-#include <QTemporaryDir>
-#include <QTimer>
+#include <QSignalSpy>
+#include <QTest>
+#include <QtWidgets>
 
 #include <functional>
 #include <memory>
@@ -44,10 +43,13 @@ protected:
 
     void click(const QString &button) const;
     void check(const QString &box, bool on = true) const;
-    void type(const QString &lineEdit, const QString &text) const;
+    void type(const QString &lineEdit, const QString &text) const
+    {
+        find<QLineEdit>(lineEdit)->setText(text);
+    }
     bool isEnabled(const QString &name) const { return find(name)->isEnabled(); }
-    QString log() const;
-    QString status() const;
+    QString log() const { return find<QTextEdit>(QStringLiteral("logView"))->toPlainText(); }
+    QString status() const { return window->statusBar()->currentMessage(); }
 
     /// The text that a widget shows, or its chosen entry, or its title.
     static QString textOf(const QWidget *widget);
