@@ -29,10 +29,9 @@ private slots:
     void usesItsSettings();
 
 private:
-    QString shown() const { return textOf(find(u"previewLabel"_s)); }
     QStringList photoNames() const { return QDir(photos()).entryList(QDir::Files, QDir::Name); }
     void useTable(const QByteArray &rows) const;
-    QString fill();
+    QString fill() { return finish(u"populateAltitudeButton"_s); }
 
     ElevationServer m_server;
     const QString m_table = u"tabla.csv"_s;
@@ -75,18 +74,12 @@ void WindowFlowsTest::browsesPhotos()
     QVERIFY(!qobject_cast<QLineEdit *>(QApplication::focusWidget()));
     click(u"prevButton"_s);
     look();
-    type(u"directoryEdit"_s, photos() + u'/');
-    for (const int index : {2, -1, 3}) // a look aside does not move the place
-        QMetaObject::invokeMethod(window.get(), "showPreviewAtIndex", Q_ARG(int, index));
-    look();
-    click(u"nextButton"_s);
-    look();
     // The folder has them in an order of its own.
     QString seen = steps.join(u", "_s);
     for (const int place : {0, 1, 2})
         seen.replace(steps[place].section(u' ', 0, 0), QString(QChar(u'A' + place)));
     QCOMPARE(seen, u"A (1 de 3): A >, B (2 de 3): B < >, C (3 de 3): C <, C (3 de 3): C <, "
-                   "B (2 de 3): B < >, C (3 de 3): C >, B (2 de 3): B < >"_s);
+                   "B (2 de 3): B < >"_s);
     QVERIFY(find(u"photoCaption"_s)->toolTip().endsWith(u'/' + steps[1].section(u' ', 0, 0)));
 }
 
@@ -129,24 +122,20 @@ void WindowFlowsTest::showsWhatAViewerShows()
 
 void WindowFlowsTest::tellsWhatCannotBeShown()
 {
+    QDir(path()).mkpath(u"malas"_s);
+    writeText(path(u"malas/a.jpg"_s), "no image");
     QStringList texts;
-    for (const QString &folder :
-         {photos(), path(u"nada"_s), QString()}) { // no name is not the current folder
-        type(u"directoryEdit"_s, folder);
-        texts.append(shown());
+    for (const QString &folder : {photos(), path(u"nada"_s), u""_s, path(u"malas"_s)}) {
+        type(u"directoryEdit"_s, folder); // no name is not the current folder
+        texts.append(textOf(find(u"previewLabel"_s)));
     }
-    writeText(photo(u"a.jpg"_s), "no image");
-    type(u"directoryEdit"_s, photos());
-    QCOMPARE(texts.join(u'\n') + u'\n' + shown(),
-             uR"(No se encontraron imágenes en el directorio seleccionado.
+    QCOMPARE(texts.join(u'\n'), uR"(No se encontraron imágenes en el directorio seleccionado.
 El directorio seleccionado no es válido.
 No se encontraron imágenes en el directorio seleccionado.
 Error al generar la vista previa.)"_s);
 
     // A resize scales the last good preview, and brings it back in place of a message.
-    QFile::remove(photo(u"a.jpg"_s));
     showPhotos(2, {400, 300});
-    type(u"directoryEdit"_s, photos() + u'/');
     const QSize before = preview().size();
     window->showNormal();
     window->resize(700, 500);
@@ -176,9 +165,9 @@ void WindowFlowsTest::listsATypedPathWhenTypingPauses()
     type(u"directoryEdit"_s, {});
     check(u"subdirsCheck"_s);
     auto *edit = find<QLineEdit>(u"directoryEdit"_s);
-    const QString asItWas = shown();
+    const QString asItWas = textOf(find(u"previewLabel"_s));
     QTest::keyClicks(edit, photos());
-    QCOMPARE(shown(), asItWas); // although it began with "/"
+    QCOMPARE(textOf(find(u"previewLabel"_s)), asItWas); // although it began with "/"
     QTRY_VERIFY(!preview().isNull());
     for (const bool byEnter : {true, false}) {
         edit->selectAll();
@@ -194,7 +183,7 @@ void WindowFlowsTest::runsABatchToItsEnd()
     writePhoto(photo(u"<b>ladera & río.jpg"_s), plainImage({100, 100}), gpsTags());
     check(u"prefixCheck"_s);
     type(u"prefixEdit"_s, u"P "_s);
-    runBatch();
+    QCOMPARE(runBatch(), u"Completado: El proceso ha finalizado."_s);
     const QStringList lines = log().replace(QRegularExpression(u"\\ds"_s), u"0s"_s).split(u'\n');
     QCOMPARE((lines.first(1) + lines.filter(u"Procesando"_s) + lines.last(3)).join(u'\n'),
              uR"(Iniciando el proceso de renombrado y modificación de fotos...
@@ -202,7 +191,7 @@ Procesando: <b>ladera & río.jpg
 Se procesaron 1 fotos en 0s.
 
 Proceso finalizado.)"_s);
-    QCOMPARE(m_dialog + status(), u"Completado: El proceso ha finalizado.Terminadas 1 de 1 fotos."_s);
+    QCOMPARE(status(), u"Terminadas 1 de 1 fotos."_s);
     QCOMPARE(photoNames(), QStringList(u"P 19G 345093 6297582.jpg"_s));
     QCOMPARE(textOf(find(u"photoCaption"_s)), u"P 19G 345093 6297582.jpg (1 de 1)"_s); // listed anew
     QVERIFY(!preview().isNull());
@@ -238,26 +227,24 @@ void WindowFlowsTest::hidesACancelledBatchAndClosesAfterIt()
     QThreadPool::globalInstance()->setMaxThreadCount(1);
     bool shownAgain = false;
     bool poolFree = false;
-    const QSignalSpy messages(window->statusBar(), &QStatusBar::messageChanged);
-    onNext<QProgressDialog>([&](QProgressDialog *progress) {
+    QStringList told;
+    const QObject here;
+    connect(window->statusBar(), &QStatusBar::messageChanged, &here, [&](QString message) {
+        told.append(message.replace(QRegularExpression(u"\\d"_s), u"n"_s));
+        const auto *progress = window->findChild<QProgressDialog *>();
+        shownAgain = shownAgain || (progress && progress->isVisible());
+        poolFree = poolFree || QThreadPool::globalInstance()->tryStart([] {});
+    });
+    onNext<QProgressDialog>([this](QProgressDialog *progress) {
         progress->setMinimumDuration(0); // else Qt itself keeps it hidden for four seconds
         auto *cancel = progress->findChild<QPushButton *>();
         QCOMPARE(progress->labelText() + cancel->text(), u"Procesando fotos...Cancelar"_s);
         cancel->click();
         window->close();
-        auto *watch = new QTimer(progress);
-        connect(watch, &QTimer::timeout, progress, [&, progress] {
-            shownAgain = shownAgain || progress->isVisible();
-            poolFree = poolFree || QThreadPool::globalInstance()->tryStart([] {});
-        });
-        watch->start(1);
     });
     runBatch();
     QThreadPool::globalInstance()->setMaxThreadCount(threads);
     QVERIFY(!shownAgain && poolFree && !window->isVisible());
-    QStringList told;
-    for (const QVariantList &message : messages)
-        told.append(message[0].toString().replace(QRegularExpression(u"\\d"_s), u"n"_s));
     told.removeDuplicates();
     QCOMPARE(told.join(u'\n'), uR"(Procesando fotos...
 El proceso continúa: n de n fotos.
@@ -324,14 +311,6 @@ Archivo de ejemplo creado en: /0.csv)"_s);
     QCOMPARE(textOf(find(u"txtPathEdit"_s)), path(u"0.csv"_s));
 }
 
-QString WindowFlowsTest::fill()
-{
-    dialogOf(u"populateAltitudeButton"_s);
-    if (!QTest::qWaitFor([this] { return isEnabled(u"populateAltitudeButton"_s); }, 20000))
-        qFatal("the fill did not come to its end");
-    return m_dialog;
-}
-
 void WindowFlowsTest::fillsAltitudes()
 {
     const QByteArray rows =
@@ -394,14 +373,10 @@ void WindowFlowsTest::usesItsSettings()
             if (action->text() == u"Configuración...")
                 action->trigger();
         }
-        const Settings stored = Settings::load();
-        return u"%1 %2 %3 %4"_s.arg(stored.altitudeProvider, stored.googleApiKey,
-                                    QString::number(stored.jpegQuality), log());
+        return QString(log() + QString::number(window->currentRequest().options().jpegQuality));
     };
-    QCOMPARE(set(u"clave"_s, QDialogButtonBox::Cancel), u"OpenTopoData  90 "_s);
-    QCOMPARE(set({}, QDialogButtonBox::Ok),
-             u"Google Elevation  40 Configuración de salida y altitud actualizada."_s);
-    QCOMPARE(window->currentRequest().options().jpegQuality, 40);
+    QCOMPARE(set(u"clave"_s, QDialogButtonBox::Cancel), u"90"_s);
+    QCOMPARE(set({}, QDialogButtonBox::Ok), u"Configuración de salida y altitud actualizada.40"_s);
     QCOMPARE(fill(), u"Error: No se ha configurado una clave de API para Google Elevation. Por favor, "
                      "añádala en Herramientas -> Configuración."_s);
     set(u"clave"_s, QDialogButtonBox::Ok);
