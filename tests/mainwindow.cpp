@@ -119,9 +119,10 @@ void MainWindowTest::saysAndDoesWhatIsDescribed()
 -(hidden) &Archivo
 -(hidden) Perfiles
 presetCombo(hidden) Perfil of 0 ? > 0
-loadPresetButton(hidden) Cargar perfil Cargar ? > Cargar Perfil Perfiles (*.json) 0, 1 compassStyle=0
-    drawGeo=true fontPath= fontEdit drawGeoCheck compassStyleCombo *
-savePresetButton(hidden) Guardar perfil Guardar ? > Guardar Perfil Perfiles (*.json) 0, 1 presetCombo(hidden)
+loadPresetButton(hidden) Cargar perfil Cargar ? > Cargar Perfil Perfiles (*.json) 0 presetCombo
+    savePresetButton, 1 compassStyle=0 drawGeo=true fontPath= fontEdit drawGeoCheck compassStyleCombo *
+savePresetButton(hidden) Guardar perfil Guardar ? > Guardar Perfil Perfiles (*.json) 0 presetCombo
+    loadPresetButton, 1 presetCombo
 -(hidden) &Herramientas
 - Archivos de Entrada
 directoryEdit Carpeta de Fotos: > 0 directory=otro previewLabel nextButton(disabled); 0; 0 directory=
@@ -212,6 +213,7 @@ nextButton(disabled) Siguiente > 1 prevButton nextButton(disabled) photoCaption
         if (name != u'-')
             line += u" > " + useOf(name);
     }
+    QCOMPARE(entriesOf(u"compassStyleCombo"_s), u"Estilo Puntos,Estilo Graduado,Clásico,Numerado"_s);
     QCOMPARE(actual, expected.split(u'\n'));
 }
 
@@ -245,10 +247,7 @@ void MainWindowTest::listsSavedProfiles()
         type(u"prefixEdit"_s, file);
         dialogOf(u"savePresetButton"_s, QDir(path()).absoluteFilePath(file));
     }
-    QStringList items;
-    for (int i = 0; i < combo->count(); ++i)
-        items.append(combo->itemText(i));
-    QCOMPARE(items.join(u','), u"estilo,perfil uno,nada"_s);
+    QCOMPARE(entriesOf(u"presetCombo"_s), u"estilo,perfil uno,nada"_s);
     QVERIFY(bytesOf(path(u"perfil uno.json"_s)).contains("\"prefix\": \"perfil uno\""));
 
     // The profile that is shown is applied again when it is chosen again.
@@ -259,6 +258,15 @@ void MainWindowTest::listsSavedProfiles()
     type(u"prefixEdit"_s, u"otro"_s);
     emit combo->activated(0);
     QCOMPARE(textOf(find(u"prefixEdit"_s)), u"otra/estilo.json"_s);
+    type(u"prefixEdit"_s, u"otro"_s);
+    QStringList dialogs;
+    for (QWidgetAction *entry : window->findChildren<QWidgetAction *>()) { // as the Enter key does
+        m_dialog.clear();
+        answerNextDialog({});
+        entry->trigger();
+        dialogs.append(m_dialog.section(u' ', 0, 0));
+    }
+    QCOMPARE(textOf(find(u"prefixEdit"_s)) + dialogs.join(u' '), u"otra/estilo.json Cargar Guardar"_s);
 }
 
 void MainWindowTest::takesCommaAndDot()
@@ -286,6 +294,7 @@ void MainWindowTest::fitsIntoScreens()
     const QFont usual = QApplication::font();
     QFont large = usual;
     large.setPixelSize(17);
+    const QStringList titles{u"General"_s, u"Texto"_s, u"Logo"_s, u"Rosa de Vientos"_s};
     for (const auto &[font, size] : {std::pair{large, QSize(1024, 700)}, {usual, QSize(1280, 779)}}) {
         QApplication::setFont(font);
         startOver();
@@ -296,12 +305,11 @@ void MainWindowTest::fitsIntoScreens()
         auto *tabs = find<QTabWidget>(u"tabs"_s);
         for (int index = 0; index < tabs->count(); ++index) {
             tabs->setCurrentIndex(index);
+            QCOMPARE(tabs->tabText(index), titles[index]);
             QCoreApplication::processEvents();
             const auto *area = qobject_cast<QScrollArea *>(tabs->widget(index));
-            QVERIFY2(area->widget()->minimumSizeHint().width() <= area->viewport()->width(),
-                     qPrintable(tabs->tabText(index)));
-            QTRY_VERIFY2(font == large || area->widget()->height() <= area->viewport()->height(),
-                         qPrintable(tabs->tabText(index)));
+            QVERIFY(area->widget()->minimumSizeHint().width() <= area->viewport()->width());
+            QTRY_VERIFY(font == large || area->widget()->height() <= area->viewport()->height());
             for (QCheckBox *check : area->findChildren<QCheckBox *>()) {
                 const QRect besideTheBox(0, 0, check->width() - 14, QWIDGETSIZE_MAX);
                 const QRect text =

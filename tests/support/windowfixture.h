@@ -62,7 +62,15 @@ protected:
         return widget;
     }
 
-    void click(const QString &button) const { find<QAbstractButton>(button)->click(); }
+    /// Clicks a button, in its open menu when it stands in one.
+    void click(const QString &name) const
+    {
+        auto *button = find<QAbstractButton>(name);
+        if (auto *menu = qobject_cast<QMenu *>(button->parent()))
+            menu->popup({});
+        button->click();
+    }
+
     void check(const QString &box, bool on = true) const { find<QAbstractButton>(box)->setChecked(on); }
     void type(const QString &edit, const QString &text) const { find<QLineEdit>(edit)->setText(text); }
     bool isEnabled(const QString &name) const { return find(name)->isEnabled(); }
@@ -77,6 +85,14 @@ protected:
                 return text.toString();
         }
         return {};
+    }
+
+    QString entriesOf(const QString &combo) const
+    {
+        QStringList entries;
+        for (int i = 0; i < find<QComboBox>(combo)->count(); ++i)
+            entries.append(find<QComboBox>(combo)->itemText(i));
+        return entries.join(u',');
     }
 
     /// What the preview pane shows once no drawing waits any more.
@@ -190,8 +206,33 @@ protected:
         timer->start(5);
     }
 
-    /// Clicks a button, and answers the dialog that comes of it with a path or a colour, or by cancelling it.
-    /// What the dialog says; later in `m_dialog` when it comes later.
+    /// Notes what the next dialog says, and answers it with a path or a colour, or by cancelling it.
+    void answerNextDialog(const QString &answer)
+    {
+        onNext<QDialog>([this, answer](QDialog *dialog) {
+            if (qobject_cast<QProgressDialog *>(dialog))
+                return answerNextDialog(answer);
+            m_dialog = dialog->windowTitle();
+            if (QApplication::activePopupWidget())
+                m_dialog += QStringLiteral(" (below a menu)");
+            if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
+                m_dialog += QStringLiteral(": ") + box->text();
+                return box->button(QMessageBox::Ok)->click();
+            }
+            if (auto *colours = qobject_cast<QColorDialog *>(dialog)) {
+                m_dialog += u' ' + colours->currentColor().name();
+                colours->setCurrentColor(QColor::fromString(answer));
+            } else if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
+                if (files->fileMode() != QFileDialog::Directory)
+                    m_dialog += u' ' + files->nameFilters().join(u' ');
+                files->setOption(QFileDialog::DontConfirmOverwrite);
+                files->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(answer);
+            }
+            QMetaObject::invokeMethod(dialog, answer.isEmpty() ? "reject" : "accept");
+        });
+    }
+
+    /// What the dialog says that comes of clicking a button; later in `m_dialog` when it comes later.
     QString dialogOf(const QString &button, const QString &answer = {})
     {
         m_dialog.clear();
@@ -220,28 +261,4 @@ protected:
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<PhotoRenamerGUI> window;
     QString m_dialog;
-
-private:
-    void answerNextDialog(const QString &answer)
-    {
-        onNext<QDialog>([this, answer](QDialog *dialog) {
-            if (qobject_cast<QProgressDialog *>(dialog))
-                return answerNextDialog(answer);
-            m_dialog = dialog->windowTitle();
-            if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
-                m_dialog += QStringLiteral(": ") + box->text();
-                return box->button(QMessageBox::Ok)->click();
-            }
-            if (auto *colours = qobject_cast<QColorDialog *>(dialog)) {
-                m_dialog += u' ' + colours->currentColor().name();
-                colours->setCurrentColor(QColor::fromString(answer));
-            } else if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
-                if (files->fileMode() != QFileDialog::Directory)
-                    m_dialog += u' ' + files->nameFilters().join(u' ');
-                files->setOption(QFileDialog::DontConfirmOverwrite);
-                files->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(answer);
-            }
-            QMetaObject::invokeMethod(dialog, answer.isEmpty() ? "reject" : "accept");
-        });
-    }
 };
