@@ -263,7 +263,7 @@ void WindowFlowsTest::breaksOffItsBatchAtTheEnd()
     check(u"backupCheck"_s, false);
     preview();
     click(u"startButton"_s);
-    QTest::qWait(100);
+    QTRY_VERIFY(!photoNames().filter(u"19"_s).isEmpty());
     window.reset();
     // What was taken up is finished, the rest untouched.
     const QStringList after = photoNames();
@@ -353,12 +353,10 @@ void WindowFlowsTest::breaksOffAnAltitudeFill()
     click(u"populateAltitudeButton"_s);
     QTRY_COMPARE(m_server.requests().size(), 2); // the second waits
     QTRY_COMPARE(status(), u"La consulta de altitudes continúa: 1 de 2 líneas."_s);
-    QElapsedTimer timer;
-    timer.start();
     window->close();
     QVERIFY(!window->isVisible());
-    window.reset();
-    QVERIFY(timer.elapsed() < 4000);
+    window
+        .reset(); // which does not wait for the answer: that would end the fill, and write the first altitude
     QCOMPARE(bytesOf(path(m_table)), table);
 }
 

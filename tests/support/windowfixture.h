@@ -26,9 +26,14 @@ public:
     }
 
 protected:
-    /// A new window, and a new folder.
+    /// Without a place for temporary files each preview leaves one line in the log, and takes no time.
+    static void failPreviews() { qputenv("TMPDIR", "/dev/null"); }
+
+    /// A new window, and a new folder; previews come off again.
     void startOver(const ElevationAccess &access = elevationAccess())
     {
+        static const QByteArray temporary = qgetenv("TMPDIR");
+        qputenv("TMPDIR", temporary);
         window.reset();
         m_dialog.clear();
         m_folder = std::make_unique<QTemporaryDir>();
@@ -178,10 +183,10 @@ protected:
         const QStringList before = everything();
         const auto previewsBefore = previews();
         const QByteArray place = qgetenv("TMPDIR");
-        qputenv("TMPDIR", "/dev/null"); // each preview leaves one line in the log
+        failPreviews();
         action();
         preview();
-        place.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", place);
+        qputenv("TMPDIR", place);
         QString effect = QString::number(previews() - previewsBefore);
         for (const QString &line : everything()) {
             if (!before.contains(line))
