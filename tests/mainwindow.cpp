@@ -22,7 +22,12 @@ private slots:
 private:
     static void drop(QWidget *target, const QString &path);
     QString useOf(const QString &name);
-    QStringList everythingAfter(const QByteArray &profile) const;
+    QStringList everythingAfter(const QByteArray &profile) const
+    {
+        writeText(path(u"p.json"_s), profile);
+        QMetaObject::invokeMethod(window.get(), "loadPresetFromCombo", Q_ARG(QString, path(u"p.json"_s)));
+        return everything();
+    }
 };
 
 void MainWindowTest::startsInSpanish()
@@ -47,13 +52,6 @@ void MainWindowTest::startsInSpanish()
         found.append(qEnvironmentVariable(variable));
     QCOMPARE(found.join(u' '), u"Velmaro Velmaro velmaro es_ES marzo Cancelar Carpeta Unidad Folder  C.UTF-8 "
                                "es_ES.UTF-8 es_ES.UTF-8 es"_s);
-}
-
-QStringList MainWindowTest::everythingAfter(const QByteArray &profile) const
-{
-    writeText(path(u"p.json"_s), profile);
-    QMetaObject::invokeMethod(window.get(), "loadPresetFromCombo", Q_ARG(QString, path(u"p.json"_s)));
-    return everything();
 }
 
 void MainWindowTest::drop(QWidget *target, const QString &path)
@@ -92,10 +90,7 @@ QString MainWindowTest::useOf(const QString &name)
         else if (auto *button = qobject_cast<QAbstractButton *>(widget))
             button->toggle();
     };
-    const auto profile = [this] {
-        return QJsonDocument(window->currentRequest().preset.toJson()).toJson();
-    };
-    const QByteArray start = profile();
+    const QJsonObject start = window->currentRequest().preset.toJson();
     QString effect = effectOf(use);
     if (!m_dialog.isEmpty()) {
         const bool folder = name.contains(u"Dir") || name.contains(u"Output");
@@ -103,8 +98,9 @@ QString MainWindowTest::useOf(const QString &name)
         effect = m_dialog + u' ' + effect + u", " + effectOf(use);
     }
     const QStringList changed = everything();
-    const QByteArray changedProfile = profile();
-    if (everythingAfter(start) != changed && everythingAfter(changedProfile) == changed)
+    const QJsonObject change = window->currentRequest().preset.toJson();
+    if (everythingAfter(QJsonDocument(start).toJson()) != changed &&
+        everythingAfter(QJsonDocument(change).toJson()) == changed)
         effect += u" *";
     for (const QString &dropped :
          qobject_cast<QLineEdit *>(widget) ? QStringList{file, photos() + u'/'} : QStringList())
@@ -119,31 +115,29 @@ void MainWindowTest::saysAndDoesWhatIsDescribed()
 -(hidden) &Archivo
 -(hidden) Perfiles
 presetCombo(hidden) Perfil of 0 ? > 0
-loadPresetButton(hidden) Cargar perfil Cargar ? > Cargar Perfil Perfiles (*.json) 0 presetCombo
-    savePresetButton, 1 compassStyle=0 drawGeo=true fontPath= fontEdit drawGeoCheck compassStyleCombo *
-savePresetButton(hidden) Guardar perfil Guardar ? > Guardar Perfil Perfiles (*.json) 0 presetCombo
-    loadPresetButton, 1 presetCombo
+loadPresetButton(hidden) Cargar perfil Cargar ? > Cargar Perfil Perfiles (*.json) 0, 1 compassStyle=0 drawGeo=true
+    fontPath= fontEdit drawGeoCheck compassStyleCombo *
+savePresetButton(hidden) Guardar perfil Guardar ? > Guardar Perfil Perfiles (*.json) 0, 1 presetCombo(hidden)
 -(hidden) &Herramientas
 - Archivos de Entrada
 directoryEdit Carpeta de Fotos: > 0 directory=otro previewLabel nextButton(disabled); 0; 1 directory=/fotos/
     nextButton photoCaption
-selectDirButton Seleccionar carpeta de fotos Seleccionar > Seleccionar Directorio 0, 0 directory=
-    directoryEdit previewLabel nextButton(disabled)
+selectDirButton Seleccionar carpeta de fotos Seleccionar > Seleccionar Directorio 0, 0 directory= directoryEdit
+    previewLabel nextButton(disabled)
 subdirsCheck [ ] Incluir subdirectorios ? > 1 includeSubfolders=true
 logoEdit Logo (opcional): read-only ? > 1; 1 logoPath=/archivo.csv; 1 directory=/fotos/ directoryEdit
 selectLogoButton Seleccionar logo Seleccionar > Seleccionar Logo Image Files (*.png *.jpg *.jpeg *.tiff) 0, 1
     logoPath=/archivo.csv logoEdit *
-fontEdit Fuente (opcional): notosans.ttf read-only ? > 1; 1 fontPath=/archivo.csv; 1 directory=/fotos/
-    directoryEdit
-selectFontButton Seleccionar fuente Seleccionar > Seleccionar Fuente Font Files (*.ttf *.otf) All Files (*) 0,
-    1 fontPath=/archivo.csv fontEdit *
+fontEdit Fuente (opcional): notosans.ttf read-only ? > 1; 1 fontPath=/archivo.csv; 1 directory=/fotos/ directoryEdit
+selectFontButton Seleccionar fuente Seleccionar > Seleccionar Fuente Font Files (*.ttf *.otf) All Files (*) 0, 1
+    fontPath=/archivo.csv fontEdit *
 - Modo de Obtención de Coordenadas
 exifRadio [x] Desde EXIF de las fotos ? > 0
 txtRadio [ ] Desde archivo .csv ? > 2 useExif=false exifRadio txtGroup
 txtGroup(hidden) Archivo CSV > 0
 txtPathEdit Ruta del archivo: > 1 txtPath=otro; 1 txtPath=/archivo.csv; 1 directory=/fotos/ directoryEdit
-selectTxtButton Seleccionar archivo CSV Seleccionar > Seleccionar Archivo CSV CSV Files (*.csv *.txt) All
-    Files (*) 0, 1 txtPath=/archivo.csv txtPathEdit
+selectTxtButton Seleccionar archivo CSV Seleccionar > Seleccionar Archivo CSV CSV Files (*.csv *.txt) All Files (*) 0,
+    1 txtPath=/archivo.csv txtPathEdit
 createSampleButton Crear archivo de ejemplo ? > Guardar Archivo de Ejemplo CSV CSV Files (*.csv) 0, 1
     txtPath=/archivo.csv txtPathEdit
 populateAltitudeButton Rellenar altitud desde API ? > Error: Por favor, seleccione un archivo CSV válido. 0, 0
@@ -155,8 +149,8 @@ renameCheck [x] Renombrar fotos con coordenadas UTM ? > 0 renamePhotos=false pre
 prefixCheck [ ] Agregar prefijo al nombre ? > 0 usePrefix=true prefixEdit *
 prefixEdit(disabled) Prefijo XXX_XXX_SA_ ? > 0 prefix=otro *; 0; 1 directory=/fotos/ directoryEdit
 - Opciones de Salida
-outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada ? > 0 useOutputFolder=true
-    outputFolderEdit selectOutputButton backupCheck(disabled)
+outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada ? > 0 useOutputFolder=true outputFolderEdit
+    selectOutputButton backupCheck(disabled)
 outputFolderEdit(disabled) Carpeta de salida ? > 0 outputFolder=otro; 0; 0 outputFolder=/fotos/
 selectOutputButton(disabled) Seleccionar carpeta de salida Seleccionar > Seleccionar Carpeta de Salida 0, 0
     outputFolder= outputFolderEdit(disabled)
@@ -168,11 +162,10 @@ dtPositionCombo Posición Fecha/Hora: abajo-derecha of 4 > 1 dtPosition=arriba-i
 coordsPositionCombo Posición Coordenadas: abajo-derecha of 4 > 1 coordsPosition=arriba-izquierda *
 orientationPositionCombo Posición Orientación: abajo-derecha of 4 > 1 orientationPosition=arriba-izquierda *
 altitudePositionCombo Posición Altitud: abajo-derecha of 4 > 1 altitudePosition=arriba-izquierda *
-fontSizeSpin Tamaño de Fuente (ratio): 0,0300 in 0,0010 to 0,2000 by 0,0010 when done ? > 1
-    fontSizeRatio=0.001 *
+fontSizeSpin Tamaño de Fuente (ratio): 0,0300 in 0,0010 to 0,2000 by 0,0010 when done ? > 1 fontSizeRatio=0.001 *
 colorSwatch background-color: #FFFFFF > 0
-selectColorButton Color de Fuente: Seleccionar color de fuente Seleccionar Color > Seleccionar Color Fuente
-    #ffffff 0, 1 fontColor=#010203 colorSwatch *
+selectColorButton Color de Fuente: Seleccionar color de fuente Seleccionar Color > Seleccionar Color Fuente #ffffff 0,
+    1 fontColor=#010203 colorSwatch *
 drawOrientationCheck [x] Dibujar orientación (ej: 090° E) ? > 1 drawOrientation=false *
 drawAltitudeCheck [x] Dibujar altitud (ej: Alt: 123 m) > 1 drawAltitude=false *
 drawTimeCheck [x] Incluir hora (además de la fecha) > 1 drawTime=false *
@@ -186,15 +179,14 @@ compassCheck [x] Dibujar rosa de los vientos (si hay datos de orientación) > 1 
     rotateCompassCheck(disabled) *
 - Configuración de la Rosa de Vientos
 compassPositionCombo Posición: Posición de la rosa abajo-izquierda of 4 > 1 compassPosition=arriba-izquierda *
-compassSizeSpin Tamaño (ratio): Tamaño de la rosa (ratio) 0,18 in 0,05 to 0,50 by 0,01 ? > 1 compassRatio=0.05
-    *
+compassSizeSpin Tamaño (ratio): Tamaño de la rosa (ratio) 0,18 in 0,05 to 0,50 by 0,01 ? > 1 compassRatio=0.05 *
 compassStyleCombo Estilo: Clásico of 4 > 1 compassStyle=0 *
 arrowColorSwatch background-color: #ff0000 > 0
-selectArrowColorButton Color de Flecha: Seleccionar color de flecha Seleccionar Color > Seleccionar Color de
-    Flecha #ff0000 1, 2 compassArrowColor=#010203 arrowColorSwatch *
+selectArrowColorButton Color de Flecha: Seleccionar color de flecha Seleccionar Color > Seleccionar Color de Flecha
+    #ff0000 1, 2 compassArrowColor=#010203 arrowColorSwatch *
 rotateCompassCheck [ ] Rotar rosa (flecha siempre apunta arriba) ? > 1 rotateCompass=true *
-startButton Iniciar Proceso QPushButton { font-size: 16px; padding: 8px; } > Error: Seleccione un archivo de
-    logo válido. 0, 0
+startButton Iniciar Proceso QPushButton { font-size: 16px; padding: 8px; } > Error: Seleccione un archivo de logo
+    válido. 0, 0
 - Log de Procesos
 logView Log de Procesos read-only > 0
 previewGroup Vista Previa Interactiva > 0
@@ -324,9 +316,8 @@ void MainWindowTest::fitsIntoScreens()
             const QWidgetList widgets = area->widget()->findChildren<QWidget *>();
             for (const QWidget *one : widgets) {
                 for (const QWidget *other : widgets)
-                    QVERIFY2(one == other || one->parent() != other->parent() || !one->isVisible() ||
-                                 !other->isVisible() || !one->geometry().intersects(other->geometry()),
-                             qPrintable(textOf(one)));
+                    QVERIFY(one == other || one->parent() != other->parent() || !one->isVisible() ||
+                            !other->isVisible() || !one->geometry().intersects(other->geometry()));
             }
             for (QCheckBox *check : area->findChildren<QCheckBox *>()) {
                 const QRect besideTheBox(0, 0, check->width() - 14, QWIDGETSIZE_MAX);

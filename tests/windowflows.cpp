@@ -12,7 +12,11 @@ class WindowFlowsTest : public WindowFixture
     Q_OBJECT
 
 private slots:
-    void init();
+    void init()
+    {
+        m_server.setAnswers({});
+        startOver({m_server.url(), m_server.url(), std::chrono::milliseconds(20)});
+    }
     void browsesPhotos();
     void leavesNoTrace();
     void showsWhatAViewerShows();
@@ -30,25 +34,17 @@ private slots:
 
 private:
     QStringList photoNames() const { return QDir(photos()).entryList(QDir::Files, QDir::Name); }
-    void useTable(const QByteArray &rows) const;
+    void useTable(const QByteArray &rows) const
+    {
+        writeText(path(m_table), rows);
+        check(u"txtRadio"_s);
+        type(u"txtPathEdit"_s, path(m_table));
+    }
     QString fill() { return finish(u"populateAltitudeButton"_s); }
 
     ElevationServer m_server;
     const QString m_table = u"tabla.csv"_s;
 };
-
-void WindowFlowsTest::init()
-{
-    m_server.setAnswers({});
-    startOver({m_server.url(), m_server.url(), std::chrono::milliseconds(20)});
-}
-
-void WindowFlowsTest::useTable(const QByteArray &rows) const
-{
-    writeText(path(m_table), rows);
-    check(u"txtRadio"_s);
-    type(u"txtPathEdit"_s, path(m_table));
-}
 
 void WindowFlowsTest::browsesPhotos()
 {
@@ -123,7 +119,7 @@ void WindowFlowsTest::showsWhatAViewerShows()
 void WindowFlowsTest::tellsWhatCannotBeShown()
 {
     QDir(path()).mkpath(u"malas"_s);
-    writeText(path(u"malas/a.jpg"_s), "no image");
+    writeText(path(u"malas/%1.jpg"_s.arg(QString(150, u'a'))), "no image");
     QStringList texts;
     for (const QString &folder : {photos(), path(u"nada"_s), u""_s, path(u"malas"_s)}) {
         type(u"directoryEdit"_s, folder); // no name is not the current folder
@@ -133,6 +129,7 @@ void WindowFlowsTest::tellsWhatCannotBeShown()
 El directorio seleccionado no es válido.
 No se encontraron imágenes en el directorio seleccionado.
 Error al generar la vista previa.)"_s);
+    QVERIFY(textOf(find(u"photoCaption"_s)).contains(u'…')); // so long a name makes no window wider
 
     // A resize scales the last good preview, and brings it back in place of a message.
     showPhotos(2, {400, 300});

@@ -61,21 +61,10 @@ protected:
     template <typename Widget = QWidget>
     Widget *find(const QString &name) const
     {
-        auto *widget = window->findChild<Widget *>(name);
-        if (!widget)
-            qFatal("no widget %s", qPrintable(name));
-        return widget;
+        return window->findChild<Widget *>(name);
     }
 
-    /// Clicks a button, in its open menu when it stands in one.
-    void click(const QString &name) const
-    {
-        auto *button = find<QAbstractButton>(name);
-        if (auto *menu = qobject_cast<QMenu *>(button->parent()))
-            menu->popup({});
-        button->click();
-    }
-
+    void click(const QString &button) const { find<QAbstractButton>(button)->click(); }
     void check(const QString &box, bool on = true) const { find<QAbstractButton>(box)->setChecked(on); }
     void type(const QString &edit, const QString &text) const { find<QLineEdit>(edit)->setText(text); }
     bool isEnabled(const QString &name) const { return find(name)->isEnabled(); }
@@ -199,16 +188,10 @@ protected:
     template <typename Dialog>
     void onNext(const std::function<void(Dialog *)> &answer) const
     {
-        auto *timer = new QTimer(window.get());
-        connect(timer, &QTimer::timeout, window.get(), [timer, answer] {
+        QTimer::singleShot(5, window.get(), [this, answer] {
             auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
-            if (!dialog || !dialog->isVisible())
-                return;
-            timer->stop();
-            timer->deleteLater();
-            answer(dialog);
+            dialog && dialog->isVisible() ? answer(dialog) : onNext<Dialog>(answer);
         });
-        timer->start(5);
     }
 
     /// Notes what the next dialog says, and answers it with a path or a colour, or by cancelling it.
@@ -218,13 +201,10 @@ protected:
             if (qobject_cast<QProgressDialog *>(dialog))
                 return answerNextDialog(answer);
             m_dialog = dialog->windowTitle();
-            if (QApplication::activePopupWidget())
-                m_dialog += QStringLiteral(" (below a menu)");
-            if (auto *box = qobject_cast<QMessageBox *>(dialog)) {
+            const auto *box = qobject_cast<QMessageBox *>(dialog);
+            if (box) {
                 m_dialog += QStringLiteral(": ") + box->text();
-                return box->button(QMessageBox::Ok)->click();
-            }
-            if (auto *colours = qobject_cast<QColorDialog *>(dialog)) {
+            } else if (auto *colours = qobject_cast<QColorDialog *>(dialog)) {
                 m_dialog += u' ' + colours->currentColor().name();
                 colours->setCurrentColor(QColor::fromString(answer));
             } else if (auto *files = qobject_cast<QFileDialog *>(dialog)) {
@@ -233,7 +213,7 @@ protected:
                 files->setOption(QFileDialog::DontConfirmOverwrite);
                 files->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(answer);
             }
-            QMetaObject::invokeMethod(dialog, answer.isEmpty() ? "reject" : "accept");
+            QMetaObject::invokeMethod(dialog, answer.isEmpty() && !box ? "reject" : "accept");
         });
     }
 
