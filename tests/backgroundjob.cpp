@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/backgroundjob.h"
 
+#include "app/logtext.h"
+
 #include <QProgressDialog>
+#include <QScrollBar>
 #include <QSemaphore>
 #include <QTest>
 #include <QTextEdit>
@@ -12,6 +15,7 @@ class BackgroundJobTest : public QObject
 
 private slots:
     void deliversWhileItRunsAndEndsAsUsual();
+    void logFollowsItsEnd();
 };
 
 // Many lines in their order, as they are written, and progress that never goes back, while the job still
@@ -45,6 +49,28 @@ void BackgroundJobTest::deliversWhileItRunsAndEndsAsUsual()
     QTRY_VERIFY(done);
     QTRY_VERIFY(!dialog);
     QVERIFY(log->toPlainText() == lines.join(u'\n'));
+}
+
+// Also in a view that got lower since; not when the user has scrolled up.
+void BackgroundJobTest::logFollowsItsEnd()
+{
+    QTextEdit view;
+    followEnd(&view);
+    view.resize(200, 200);
+    view.show();
+    const QScrollBar *bar = view.verticalScrollBar();
+    const auto append = [&view] {
+        appendPlainLines(&view, QStringList(20, QStringLiteral("línea")));
+    };
+    append();
+    view.resize(200, 80);
+    QTRY_VERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
+    append();
+    QTRY_COMPARE(bar->value(), bar->maximum());
+    view.verticalScrollBar()->setValue(10);
+    append();
+    QCoreApplication::processEvents();
+    QCOMPARE(bar->value(), 10);
 }
 
 QTEST_MAIN(BackgroundJobTest)

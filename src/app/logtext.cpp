@@ -9,8 +9,6 @@ void appendPlainLines(QTextEdit *view, const QStringList &lines)
 {
     if (lines.isEmpty())
         return;
-    QScrollBar *bar = view->verticalScrollBar();
-    const bool atEnd = bar->value() >= bar->maximum();
     QTextCursor cursor(view->document());
     cursor.movePosition(QTextCursor::End);
     cursor.beginEditBlock();
@@ -18,6 +16,15 @@ void appendPlainLines(QTextEdit *view, const QStringList &lines)
         cursor.insertBlock();
     cursor.insertText(lines.join(u'\n'));
     cursor.endEditBlock();
-    if (atEnd)
-        bar->setValue(bar->maximum());
+}
+
+void followEnd(QTextEdit *view)
+{
+    QScrollBar *bar = view->verticalScrollBar();
+    QObject::connect(bar, &QScrollBar::rangeChanged, bar,
+                     [bar, end = bar->maximum()](int, int maximum) mutable {
+                         if (bar->value() >= end)
+                             bar->setValue(maximum);
+                         end = maximum;
+                     });
 }

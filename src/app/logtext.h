@@ -6,5 +6,9 @@
 class QTextEdit;
 
 /// Appends `lines` to a log view in one step, each on a new line and exactly as written: what looks like HTML
-/// stays text. The view follows the end unless the user has scrolled up.
+/// stays text.
 void appendPlainLines(QTextEdit *view, const QStringList &lines);
+
+/// From now on the view shows the end of its text, whether lines join or the view gets lower, unless the user
+/// has scrolled up.
+void followEnd(QTextEdit *view);

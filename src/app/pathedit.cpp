@@ -12,6 +12,12 @@ QString droppedPath(const QMimeData *data)
     return urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
 }
 
+void acceptPath(QDropEvent *event)
+{
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
 PathEdit::PathEdit(Takes takes, QWidget *parent)
     : QLineEdit(parent)
     , m_takes(takes)
@@ -27,7 +33,7 @@ bool PathEdit::isTaken(const QMimeData *mimeData) const
 void PathEdit::dragEnterEvent(QDragEnterEvent *event)
 {
     if (isTaken(event->mimeData()))
-        event->acceptProposedAction();
+        acceptPath(event);
     else if (event->mimeData()->hasUrls())
         event->ignore();
     else
@@ -37,7 +43,7 @@ void PathEdit::dragEnterEvent(QDragEnterEvent *event)
 void PathEdit::dragMoveEvent(QDragMoveEvent *event)
 {
     if (isTaken(event->mimeData()))
-        event->acceptProposedAction();
+        acceptPath(event);
     else
         QLineEdit::dragMoveEvent(event);
 }
@@ -45,7 +51,7 @@ void PathEdit::dragMoveEvent(QDragMoveEvent *event)
 void PathEdit::dropEvent(QDropEvent *event)
 {
     if (isTaken(event->mimeData())) {
-        event->acceptProposedAction();
+        acceptPath(event);
         emit dropped(droppedPath(event->mimeData()));
     } else if (!event->mimeData()->hasUrls()) {
         QLineEdit::dropEvent(event);

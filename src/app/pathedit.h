@@ -3,10 +3,15 @@
 
 #include <QLineEdit>
 
+class QDropEvent;
 class QMimeData;
 
 /// The local path in what is being dragged, when it is exactly one; otherwise empty.
 QString droppedPath(const QMimeData *data);
+
+/// Takes what is dropped as a path alone. A file manager may propose to move it: what it hands over by a move
+/// it may delete.
+void acceptPath(QDropEvent *event);
 
 /// A line edit that takes no file as text: what is dropped on it is told as a path.
 class PathEdit : public QLineEdit

@@ -73,6 +73,16 @@ void PhotoRenamerGUI::tell(const QString &message, const QString &details)
     statusBar()->showMessage(message);
 }
 
+// How a run ended is to be read until the next one, whatever else is told meanwhile.
+void PhotoRenamerGUI::tellBesideRun(const QString &message, const QString &details)
+{
+    QStringList messages{message, runSummary};
+    messages.removeAll(QString());
+    QStringList allDetails{details, runDetails};
+    allDetails.removeAll(QString());
+    tell(messages.join(u' '), allDetails.join(u'\n'));
+}
+
 // Qt would hand the focus on to whatever field comes next, and the next key into it.
 void PhotoRenamerGUI::disableKeepingFocus(QWidget *widget, QWidget *refuge)
 {

@@ -122,6 +122,7 @@ private:
     void showError(const QString &message);
     void appendLog(const QString &line);
     void tell(const QString &message, const QString &details = {});
+    void tellBesideRun(const QString &message, const QString &details = {});
     void disableKeepingFocus(QWidget *widget, QWidget *refuge);
 
     void listPhotos();
@@ -204,6 +205,8 @@ private:
     QPointer<BackgroundJob> batch;            ///< null when none runs
     QPointer<QProgressDialog> progressDialog; ///< of the running batch
     bool closeAfterBatch = false;
+    QString runSummary; ///< how the last run ended; told until the next one
+    QString runDetails;
 
     QString fontPathValue; ///< full path; `fontEdit` shows the file name alone
     QString logoPathValue; ///< full path; `logoEdit` shows the file name alone

@@ -39,9 +39,9 @@ void PhotoRenamerGUI::writeSample(const QString &path)
                               sampleFromExifCheck->isChecked()};
     QStringList lines;
     QString error;
-    if (!writeSampleFile(
-            path, source, [&lines](const QString &line) { lines.append(line); }, &error))
-        tell(QStringLiteral("No se creó el archivo de ejemplo."), error);
+    const bool written = writeSampleFile(
+        path, source, [&lines](const QString &line) { lines.append(line); }, &error);
+    tellBesideRun(written ? QString() : QStringLiteral("No se creó el archivo de ejemplo."), error);
     appendPlainLines(logView, lines);
 }
 
@@ -64,8 +64,8 @@ void PhotoRenamerGUI::populateAltitude()
     job->dialog()->setObjectName(QStringLiteral("altitudeProgressDialog"));
     disableKeepingFocus(populateAltitudeButton, logView);
     connect(job, &BackgroundJob::goesOnUnseen, this, [this](int done, int total) {
-        tell(QStringLiteral("La consulta de altitudes continúa: %1 de %2 líneas.")
-                 .arg(QString::number(done), QString::number(total)));
+        tellBesideRun(QStringLiteral("La consulta de altitudes continúa: %1 de %2 líneas.")
+                          .arg(QString::number(done), QString::number(total)));
     });
     QCoreApplication::processEvents();
 
@@ -79,7 +79,7 @@ void PhotoRenamerGUI::populateAltitude()
 void PhotoRenamerGUI::onAltitudesFilled()
 {
     appendLog(QStringLiteral("\nRelleno de altitud finalizado."));
-    tell(QStringLiteral("Terminó la consulta de altitudes."));
+    tellBesideRun(QStringLiteral("Terminó la consulta de altitudes."));
     QMessageBox::information(this, QStringLiteral("Completado"),
                              QStringLiteral("El proceso de relleno de altitud ha finalizado.\n"
                                             "El archivo CSV ha sido actualizado."));

@@ -50,6 +50,8 @@ void PhotoRenamerGUI::startProcess()
 void PhotoRenamerGUI::startBatch(const RunRequest &request)
 {
     appendLog(QStringLiteral("Iniciando el proceso de renombrado y modificación de fotos..."));
+    runSummary.clear();
+    runDetails.clear();
     tell(QStringLiteral("Procesando fotos..."));
     auto *job = new BackgroundJob(QStringLiteral("Procesando fotos..."), logView, this);
     batch = job;
@@ -80,7 +82,9 @@ void PhotoRenamerGUI::onBatchFinished(const PhotoProcessor::Summary &summary)
 {
     progressDialog = nullptr;
     appendLog(QStringLiteral("\nProceso finalizado."));
-    tell(summaryText(summary), summaryDetails(summary));
+    runSummary = summaryText(summary);
+    runDetails = summaryDetails(summary);
+    tell(runSummary, runDetails);
     QMessageBox::information(this, QStringLiteral("Completado"), QStringLiteral("El proceso ha finalizado."));
     startButton->setEnabled(true);
     onDirectoryChanged();

@@ -127,11 +127,11 @@ void PhotoRenamerGUI::setArrowColor(const QColor &color)
 void PhotoRenamerGUI::dragEnterEvent(QDragEnterEvent *event)
 {
     if (QFileInfo(droppedPath(event->mimeData())).isDir())
-        event->acceptProposedAction();
+        acceptPath(event);
 }
 
 void PhotoRenamerGUI::dropEvent(QDropEvent *event)
 {
     directoryEdit->setText(droppedPath(event->mimeData()));
-    event->acceptProposedAction();
+    acceptPath(event);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/formbuilding.h"
+#include "app/logtext.h"
 #include "app/photorenamergui.h"
 
 #include <QCheckBox>
@@ -62,10 +63,14 @@ void PhotoRenamerGUI::buildStatusBar()
     photoCaption = new QLabel(statusBar());
     photoCaption->setObjectName(QStringLiteral("photoCaption"));
     photoCaption->setTextFormat(Qt::PlainText);
-    statusBar()->addPermanentWidget(photoCaption);
     auto *author = new QLabel(QStringLiteral("Velmaro " VELMARO_VERSION), statusBar());
     author->setContentsMargins(8, 0, 8, 0);
-    statusBar()->addPermanentWidget(author);
+    QFont usual;
+    usual.setBold(false); // whatever is told beside them
+    for (QLabel *label : {photoCaption, author}) {
+        label->setFont(usual);
+        statusBar()->addPermanentWidget(label);
+    }
 }
 
 // A window that is larger than the screen has its buttons where no mouse gets.
@@ -148,6 +153,7 @@ QGroupBox *PhotoRenamerGUI::buildLogGroup(QWidget *parent)
     logView->setReadOnly(true);
     logView->setTabChangesFocus(true);
     logView->setUndoRedoEnabled(false);
+    followEnd(logView);
     // It takes what the tabs leave, and never less than three lines.
     logView->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     logView->setMinimumHeight(logView->fontMetrics().lineSpacing() * 3 + 10);
@@ -206,8 +212,11 @@ void PhotoRenamerGUI::buildProfileMenu(QMenu *menu)
     savePresetButton =
         button(menu, "savePresetButton", QStringLiteral("Guardar"), QStringLiteral("Guardar perfil"));
     savePresetButton->setToolTip(QStringLiteral("Guarda las opciones actuales en un archivo de perfil."));
+    menu->setContentsMargins(4, 4, 4, 4);
+    // A screen reader reads the entry, not the widget that is shown in its place.
     const auto add = [menu](QWidget *widget) {
         auto *action = new QWidgetAction(menu);
+        action->setText(widget->accessibleName());
         action->setDefaultWidget(widget);
         menu->addAction(action);
         return action;

@@ -2,10 +2,10 @@
 #include "app/stampedpreview.h"
 
 #include "files/safewrite.h"
+#include "processing/imagefile.h"
 #include "processing/photoprocessor.h"
 
 #include <QFileInfo>
-#include <QImageReader>
 #include <QTemporaryDir>
 
 namespace
@@ -35,15 +35,6 @@ bool copyWritable(const QString &path, const QString &copy)
     return contents && file.open(&error) && file.commit(*contents, nullptr, Durability::Later, &error);
 }
 
-// A photo as a viewer shows it, turned as its orientation tag says.
-QImage viewedPhoto(const QString &path)
-{
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(true);
-    return reader.read();
-}
-
 } // namespace
 
 StampedPreview stampedPreview(const QString &photo, ProcessOptions options, CoordinatesCache &coordinates)
@@ -63,5 +54,5 @@ StampedPreview stampedPreview(const QString &photo, ProcessOptions options, Coor
     processor.setOptions(options);
     processor.renamePhotosWithUTM(
         folder.path(), [](const QString &) {}, [](int, int) {});
-    return {viewedPhoto(copy), {}};
+    return {viewedImage(copy), {}};
 }

@@ -74,3 +74,22 @@ bool CoefficientRows::isCodable(size_t component, int index) const
         return isWithin(block + (isBlack ? 1 : 0), block + DCTSIZE2);
     });
 }
+
+PartOfRows::PartOfRows(const CoefficientRows &whole, QPoint topLeft, CoefficientRows &unread)
+    : m_whole(whole)
+    , m_unread(unread)
+    , m_topLeft(topLeft)
+{
+}
+
+JBLOCKARRAY PartOfRows::rows(size_t component, JDIMENSION first, JDIMENSION count, bool toWrite) noexcept
+{
+    if (toWrite)
+        return m_unread.rows(component, 0, count, true);
+    const BlockLayout &layout = m_whole.layout();
+    const int top = m_topLeft.y() * layout.down[component] + static_cast<int>(first);
+    for (JDIMENSION row = 0; row < count; ++row)
+        m_rows[row] = m_whole.row(component, top + static_cast<int>(row)) +
+                      static_cast<ptrdiff_t>(m_topLeft.x()) * layout.across[component];
+    return m_rows.data();
+}

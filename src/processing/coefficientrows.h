@@ -4,6 +4,8 @@
 #include "processing/jpegobject.h"
 #include "processing/pixelbuffers.h"
 
+#include <QPoint>
+
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -69,4 +71,21 @@ private:
     BlockLayout m_layout;
     std::shared_ptr<uchar> m_memory;
     std::array<Component, 3> m_components;
+};
+
+/// A part of a picture, read from the rows of the whole, which have to be in memory. What is written, goes to
+/// rows that nobody reads: the coding of nothing that a decompressor asks for first.
+class PartOfRows : public BlockStore
+{
+public:
+    /// `topLeft` is the first MCU of the part. `unread` has room for a row of it.
+    PartOfRows(const CoefficientRows &whole, QPoint topLeft, CoefficientRows &unread);
+
+    JBLOCKARRAY rows(size_t component, JDIMENSION first, JDIMENSION count, bool toWrite) noexcept override;
+
+private:
+    const CoefficientRows &m_whole;
+    CoefficientRows &m_unread;
+    QPoint m_topLeft;
+    std::array<JBLOCKROW, MAX_SAMP_FACTOR> m_rows{};
 };

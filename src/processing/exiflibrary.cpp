@@ -127,7 +127,8 @@ QByteArray rawValue(const Exiv2::ExifData &exif, const char *name, Exiv2::ByteOr
     return value;
 }
 
-// The library changes its copy of the tags.
+// From 0.28 on the library changes the tags that it is given.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 QByteArray encoded(Exiv2::ExifData exif, Exiv2::ByteOrder byteOrder)
 {
     if (exif.empty())

@@ -18,6 +18,13 @@ namespace
 // 200 megapixels take 800 MB in 32-bit colour and 1600 MB in 64-bit colour.
 constexpr int decodingLimitMegabytes = 2048;
 
+// Qt's own limit is for all readers of the process, and refuses photos of more than 33 megapixels.
+void raiseDecodingLimit()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
+}
+
 bool paintsInFullColour(const QImage &image)
 {
     return image.pixelFormat().colorModel() == QPixelFormat::RGB && image.depth() >= 24;
@@ -38,9 +45,7 @@ QImage laidOnWhite(const QImage &image)
 
 QImage decodedImage(const QByteArray &file, PixelBuffers &buffers)
 {
-    static std::once_flag once;
-    std::call_once(once, [] { QImageReader::setAllocationLimit(decodingLimitMegabytes); });
-
+    raiseDecodingLimit();
     if (JpegSegments::isJpeg(file)) {
         const QImage photo = decodedJpeg(file, decodingLimitMegabytes, buffers);
         if (!photo.isNull())
@@ -61,6 +66,15 @@ QImage readImage(const QString &path, PixelBuffers &buffers)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? decodedImage(file.readAll(), buffers) : QImage();
+}
+
+QImage viewedImage(const QString &path)
+{
+    raiseDecodingLimit();
+    QImageReader reader(path);
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(true);
+    return reader.read();
 }
 
 int pageCount(const QByteArray &file)

@@ -18,6 +18,9 @@ QImage decodedImage(const QByteArray &file, PixelBuffers &buffers);
 /// The same from a file on the disk.
 QImage readImage(const QString &path, PixelBuffers &buffers);
 
+/// A photo as a viewer shows it, turned as its orientation tag says.
+QImage viewedImage(const QString &path);
+
 /// How many images a file holds, as far as Qt can tell.
 int pageCount(const QByteArray &file);
 

@@ -27,37 +27,6 @@ constexpr J_COLOR_SPACE paintedSpace = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? JCS_EXT
 // A progressive JPEG of more scans than this is no photo but a trap.
 constexpr int mostScans = 100;
 
-// A part of the picture, read from the rows of the whole. What is written is only the coding of nothing that
-// a decompressor reads first.
-class PieceOfRows : public BlockStore
-{
-public:
-    PieceOfRows(const CoefficientRows &whole, QPoint firstMcu, CoefficientRows &scratch)
-        : m_whole(whole)
-        , m_scratch(scratch)
-        , m_firstMcu(firstMcu)
-    {
-    }
-
-    JBLOCKARRAY rows(size_t component, JDIMENSION first, JDIMENSION count, bool toWrite) noexcept override
-    {
-        if (toWrite)
-            return m_scratch.rows(component, 0, count, true);
-        const BlockLayout &layout = m_whole.layout();
-        const int top = m_firstMcu.y() * layout.down[component] + static_cast<int>(first);
-        for (JDIMENSION row = 0; row < count; ++row)
-            m_rows[row] = m_whole.row(component, top + static_cast<int>(row)) +
-                          static_cast<ptrdiff_t>(m_firstMcu.x()) * layout.across[component];
-        return m_rows.data();
-    }
-
-private:
-    const CoefficientRows &m_whole;
-    CoefficientRows &m_scratch;
-    QPoint m_firstMcu;
-    std::array<JBLOCKROW, MAX_SAMP_FACTOR> m_rows{};
-};
-
 // A rectangle that is painted on.
 struct Piece {
     explicit Piece(const QRect &rectangle)
@@ -317,8 +286,9 @@ bool Stamper::finishRow(int mcuRow)
     for (size_t component = 0; component < componentCount; ++component) {
         const int down = m_layout.down[component];
         for (int row = mcuRow * down; row < (mcuRow + 1) * down; ++row) {
-            m_requantisers[component].convert(m_rows->row(component, row), m_rows->blocksAcross(component));
-            if (!m_rows->isCodable(component, row))
+            const Requantiser &requantiser = m_requantisers[component];
+            requantiser.convert(m_rows->row(component, row), m_rows->blocksAcross(component));
+            if (!requantiser.changes() && !m_rows->isCodable(component, row))
                 return false;
         }
     }
@@ -382,7 +352,7 @@ bool Stamper::decode(const QRect &mcus, QImage &pixels)
     const QByteArray header = blank.take();
     uchar *firstRow = pixels.bits();
     const auto stride = static_cast<size_t>(pixels.bytesPerLine());
-    PieceOfRows piece(*m_rows, mcus.topLeft(), nothing);
+    PartOfRows piece(*m_rows, mcus.topLeft(), nothing);
     JpegDecompressor decoder;
     return decoder.run([&] {
         decoder.keepBlocksIn(&piece);

@@ -162,19 +162,6 @@ QImage loadedLogo(const QString &path, PixelBuffers &buffers, const LogCallback 
     return logo;
 }
 
-void recordFinished(const BatchRun &run, const PhotoPipeline &pipeline,
-                    const PhotoProcessor::FinishedCallback &onFinished)
-{
-    if (!run.journal && !onFinished)
-        return;
-    const MapPoint point = pipeline.mapPoint();
-    if (onFinished)
-        onFinished(point);
-    if (run.journal &&
-        run.journal->finish(QDir(run.directory).relativeFilePath(point.source), mapFeature(point)))
-        run.files.noLongerAwaited(point.source);
-}
-
 QString loadedFontFamily(const QString &fontPath, const LogCallback &log)
 {
     if (fontPath.isEmpty())
@@ -184,6 +171,65 @@ QString loadedFontFamily(const QString &fontPath, const LogCallback &log)
         log(QStringLiteral("Error: No se pudo cargar la fuente personalizada desde: ") + fontPath);
     return family.value_or(QString());
 }
+
+// The photos of a run on their way: what each is done with, and what there is to tell of them.
+class Batch
+{
+public:
+    Batch(const BatchRun &run, const Share &share, const ProgressCallback &progress,
+          const PhotoProcessor::FinishedCallback &onFinished)
+        : m_run(run)
+        , m_progress(progress)
+        , m_onFinished(onFinished)
+        , m_total(static_cast<int>(share.photos.size()))
+        , m_lines(m_total)
+        , m_counter(share.photos, share.finishedBefore)
+    {
+    }
+
+    // From any thread.
+    void process(const QString &photo)
+    {
+        const size_t slot = m_lines.take();
+        PhotoPipeline pipeline(m_run, photo);
+        const PhotoResult result = processGuarded(pipeline);
+        m_counter.count(result, pipeline.file());
+        if (result.outcome == PhotoPipeline::Outcome::Finished)
+            recordFinished(pipeline);
+        if (result.outcome == PhotoPipeline::Outcome::Left)
+            return;
+        const int done = m_done.fetch_add(1) + 1;
+        if (m_progress)
+            m_progress(done, m_total);
+        m_lines.fill(slot, pipeline.lines());
+    }
+
+    PhotoProcessor::Summary summary() const { return m_counter.summary(); }
+    void flushLines() const { m_lines.flush(m_run.log); }
+
+private:
+    Q_DISABLE_COPY_MOVE(Batch)
+
+    void recordFinished(const PhotoPipeline &pipeline) const
+    {
+        if (!m_run.journal && !m_onFinished)
+            return;
+        const MapPoint point = pipeline.mapPoint();
+        if (m_onFinished)
+            m_onFinished(point);
+        if (m_run.journal &&
+            m_run.journal->finish(QDir(m_run.directory).relativeFilePath(point.source), mapFeature(point)))
+            m_run.files.noLongerAwaited(point.source);
+    }
+
+    const BatchRun &m_run;
+    const ProgressCallback &m_progress;
+    const PhotoProcessor::FinishedCallback &m_onFinished;
+    const int m_total;
+    std::atomic<int> m_done = 0;
+    LogSlots m_lines;
+    SummaryCounter m_counter;
+};
 
 } // namespace
 
@@ -245,12 +291,12 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
     const QStringList found =
         findPhotos(directory, m_options.includeSubfolders, PhotoWalk::Batch, &passedOver);
     RunFiles files(m_options, root.path(), found);
-    const auto [photos, finishedBefore] = shareOf(found, root, m_part, m_journal, files);
-    const int total = static_cast<int>(photos.size());
-    if (finishedBefore > 0) {
+    const Share share = shareOf(found, root, m_part, m_journal, files);
+    const int total = static_cast<int>(share.photos.size());
+    if (share.finishedBefore > 0) {
         log(QStringLiteral("Reanudando: %1 de %2 fotos ya estaban terminadas.")
-                .arg(finishedBefore)
-                .arg(total + finishedBefore));
+                .arg(share.finishedBefore)
+                .arg(total + share.finishedBefore));
     }
     PixelBuffers buffers;
     const Logo logo(loadedLogo(m_options.logoPath, buffers, log));
@@ -262,9 +308,6 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
     timer.start();
     if (progress)
         progress(0, total);
-    LogSlots logSlots(total);
-    std::atomic<int> done = 0;
-    SummaryCounter counter(photos, finishedBefore);
     const BatchRun run{m_options,
                        log,
                        root.path(),
@@ -273,31 +316,18 @@ void PhotoProcessor::renamePhotosWithUTM(const QString &directory, const LogCall
                        files,
                        buffers,
                        m_journal};
-
-    mapPhotos(photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
-              [&](const QString &path) {
-                  if (m_stopRequested && m_stopRequested())
-                      return;
-                  const size_t slot = logSlots.take();
-                  PhotoPipeline pipeline(run, path);
-                  const PhotoResult result = processGuarded(pipeline);
-                  counter.count(result, pipeline.file());
-                  if (result.outcome == PhotoPipeline::Outcome::Finished)
-                      recordFinished(run, pipeline, m_onFinished);
-                  if (result.outcome == PhotoPipeline::Outcome::Left)
-                      return;
-                  const int doneNow = done.fetch_add(1) + 1;
-                  if (progress)
-                      progress(doneNow, total);
-                  logSlots.fill(slot, pipeline.lines());
+    Batch batch(run, share, progress, m_onFinished);
+    mapPhotos(share.photos, m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount(),
+              [&](const QString &photo) {
+                  if (!m_stopRequested || !m_stopRequested())
+                      batch.process(photo);
               });
 
-    m_summary = counter.summary();
+    m_summary = batch.summary();
     m_summary.passedOver = passedOver;
     m_summary.notSynced = files.finish();
-    logSlots.flush(log);
-    log(QStringLiteral("Se procesaron %1 fotos en %2.")
-            .arg(QString::number(total), elapsedText(timer.elapsed())));
+    batch.flushLines();
+    log(QStringLiteral("Se procesaron %1 fotos en %2.").arg(total).arg(elapsedText(timer.elapsed())));
 }
 
 CoordinatesTable PhotoProcessor::readCoordinatesFile(const QString &path, const LogCallback &log)

@@ -185,7 +185,7 @@ QByteArray gammaProfile(QByteArrayView gamma, QByteArrayView chromaticities)
     const auto exponent = static_cast<float>(1 / number(gamma, 0));
     if (chromaticities.size() != 32)
         return QColorSpace(QColorSpace::Primaries::SRgb, exponent).iccProfile();
-    const auto point = [&](int index) {
+    const auto point = [&](qsizetype index) {
         return QPointF(number(chromaticities, 2 * index), number(chromaticities, 2 * index + 1));
     };
     return QColorSpace(point(0), point(1), point(2), point(3), QColorSpace::TransferFunction::Gamma, exponent)

@@ -19,11 +19,15 @@ public:
     /// No step is 0, those of `to` are at most 255.
     Requantiser(const JQUANT_TBL &from, const JQUANT_TBL &to);
 
+    /// Whether there is anything to convert. What comes out of a conversion can be coded whatever went in.
+    bool changes() const { return m_changes; }
+
     void convert(JBLOCKROW blocks, int count) const;
 
 private:
     using Lane = std::array<uint16_t, DCTSIZE2>;
 
+    void convertEach(JBLOCKROW blocks, int count) const;
     void convert(JCOEF *block) const;
 
     alignas(16) Lane m_from{};
