@@ -59,11 +59,15 @@ void MainWindowTest::drop(QWidget *target, const QString &path)
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(path)});
     data.setText(data.urls().constFirst().toString());
-    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    const Qt::DropActions actions =
+        Qt::CopyAction | Qt::MoveAction; // a move is proposed, which would delete it
+    QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, Qt::ShiftModifier);
     QCoreApplication::sendEvent(target, &enter);
-    QDropEvent event({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
-    if (enter.isAccepted())
-        QCoreApplication::sendEvent(target, &event);
+    if (!enter.isAccepted())
+        return;
+    QDropEvent event({5, 5}, actions, &data, Qt::LeftButton, Qt::ShiftModifier);
+    QCoreApplication::sendEvent(target, &event);
+    QCOMPARE(event.dropAction(), Qt::CopyAction);
 }
 
 // What comes of using a widget once. A dialog is first cancelled; what is dropped on a field is first a file,

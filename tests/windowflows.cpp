@@ -204,6 +204,7 @@ void WindowFlowsTest::tellsWhatWasNotDone()
     writeText(photo(u"Backup"_s), "in the way");
     useTable("1.jpg;19;H;300000;6000000\nz.png;19;H;1;2\n");
     runBatch();
+    dialogOf(u"createSampleButton"_s, path(u"muestra.csv"_s));
     type(u"directoryEdit"_s, path(u"nada"_s)); // nothing but the next run takes the place of it
     QStatusTipEvent passedEntry{QString()};
     QCoreApplication::sendEvent(window.get(), &passedEntry);
