@@ -84,6 +84,8 @@ private slots:
             QCOMPARE(replace("longer"), "el archivo es demasiado grande");
             QCOMPARE(files(), "a=old");
         }
+        if (!canAnswerSystemCalls())
+            QSKIP("needs a system that lets others answer its calls");
         const auto replaceWhile = [](long call, const auto &answer) -> QByteArray {
             QByteArray told;
             withSystemCalls({call}, answer, [&] { told = replace("longer"); });
@@ -185,6 +187,8 @@ private slots:
         for (const QString &nothing : {u"a"_s, u"."_s, u"pipe"_s})
             QVERIFY(!readWhole(nothing, &stamp, &error));
 
+        if (!canAnswerSystemCalls())
+            QSKIP("needs a system that lets others answer its calls");
         // Who writes to it while it is read, or puts another one in its place, is seen; a pseudo file is
         // longer than it says.
         QVERIFY(QFile::link(u"a"_s, u"link"_s));

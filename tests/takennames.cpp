@@ -60,6 +60,8 @@ private slots:
         const auto refuse = [](const seccomp_data &) {
             return EINVAL;
         };
+        if (!canAnswerSystemCalls())
+            QSKIP("needs a system that lets others answer its calls");
         for (const std::vector<long> &calls : {std::vector<long>{SYS_renameat2}, {SYS_renameat2, SYS_link}}) {
             withSystemCalls(calls, refuse, [&] { told = namesGiven(); });
             QCOMPARE(told, given);
