@@ -1,149 +1,138 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/photoprocessor.h"
 
+#include "files/folders.h"
 #include "processing/photowalk.h"
 #include "support/batchfixture.h"
 
-#include <QRegularExpression>
 #include <QTest>
+
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
 
 /// The run over a folder: what it takes, and what it reports in which order.
 class PhotoProcessorTest : public BatchFixture
 {
     Q_OBJECT
 
+    // The photos that a walk finds, sorted.
+    QByteArray found(PhotoWalk walk, bool subfolders) const
+    {
+        QStringList photos = findPhotos(m_root, subfolders, walk);
+        photos.sort();
+        return photos.join(u' ').remove(m_root + u'/').toUtf8();
+    }
+
 private slots:
     void init() { startOver(); }
-    void walks();
-    void reportsInOrder();
-    void countsWhatBecameOfThePhotos();
-    void saysHowLongItTook();
 
-private:
-    QByteArray found(PhotoWalk walk, bool subfolders) const;
+    void walks()
+    {
+        for (const char *name : {"FOTO.JPG", "b.tiff", "c.jpeg", "d.Png", "x_backup.jpg", ".x.jpg", "x.gif",
+                                 "x.tif", "xjpg", "s/Backup/f.jpg", "s/Backup/f_backup.jpg",
+                                 "s/Backup/f_backup(12).jpg", "s/Backup/t/g_backup.png", "s/e.jpg",
+                                 "s/backup/h_backup.jpg", "Backup/g.jpg", ".h/h.jpg", "folder.jpg/i.jpg"})
+            writeText(photo(name), "");
+        for (const char *link : {"l.jpg", "s/l.jpg"})
+            QVERIFY(QFile::link(photo("FOTO.JPG"), photo(link)));
+        QVERIFY(QFile::link(photo("missing"), photo("to nothing.jpg")));
+
+        const QByteArray own = "FOTO.JPG b.tiff c.jpeg d.Png ";
+        const QByteArray below = own + "folder.jpg/i.jpg ";
+        QCOMPARE(found(PhotoWalk::Batch, false), own + "x_backup.jpg");
+        QCOMPARE(found(PhotoWalk::Batch, true),
+                 below + "s/Backup/f.jpg s/backup/h_backup.jpg s/e.jpg x_backup.jpg");
+        QCOMPARE(found(PhotoWalk::Preview, false), own + "l.jpg x_backup.jpg");
+        QCOMPARE(found(PhotoWalk::Preview, true),
+                 below + "l.jpg s/Backup/f.jpg s/backup/h_backup.jpg s/e.jpg s/l.jpg x_backup.jpg");
+        QCOMPARE(found(PhotoWalk::Sample, false), own + "l.jpg x_backup.jpg");
+        QCOMPARE(found(PhotoWalk::Sample, true), found(PhotoWalk::Batch, true));
+
+        const QString before = QDir::currentPath();
+        QDir::setCurrent(m_root);
+        QCOMPARE(findPhotos(QString(), true, PhotoWalk::Batch), QStringList());
+        QCOMPARE(findPhotos(u"s"_s, false, PhotoWalk::Batch), QStringList(photo("s/e.jpg")));
+        QDir::setCurrent(before);
+        QStringList passedOver;
+        QCOMPARE(findPhotos(u"/missing"_s, true, PhotoWalk::Batch, &passedOver), QStringList());
+        QCOMPARE(passedOver, {u"No se pudo leer la carpeta /missing: no existe el archivo o la carpeta"_s});
+    }
+
+    void reportsInOrder()
+    {
+        constexpr int count = 12;
+        QList<QImage> images; // of many sizes, since they share buffers
+        for (int i = 0; i < count; ++i) {
+            images.append(plainImage({20 + 37 * i % 200, 10 + 7 * i}, QColor(20 * i, 90, 60)));
+            writePhoto(photo(QByteArray::number(i) + ".png"), images[i]);
+        }
+        m_options.logoPath = photo("no logo.png");
+        writeText(m_options.logoPath, "no image"); // also a photo, left without a line
+        m_options.renamePhotos = false;
+        m_options.txtPath = path(u"missing.csv"_s);
+        m_options.fontPath = u"/missing.ttf"_s;
+        BatchReport report = runBatch(m_root, m_options, 4);
+
+        QCOMPARE(report.log.takeFirst(), u"Error al abrir el logo."_s);
+        QCOMPARE(report.log.takeFirst(),
+                 u"Error: No se pudo cargar la fuente personalizada desde: /missing.ttf"_s);
+        QCOMPARE(report.log.takeLast(), u"Se procesaron 13 fotos en 0s."_s);
+        // Every photo's lines stand together, the last of them with the name of the first.
+        constexpr int linesPerPhoto = 6;
+        QCOMPARE(report.log.size(), count * linesPerPhoto);
+        for (int i = 0; i < report.log.size(); i += linesPerPhoto)
+            QCOMPARE(report.log[i + linesPerPhoto - 1],
+                     QString(report.log[i]).replace(u"\nProcesando: "_s, u"Metadatos escritos para "_s));
+
+        for (int i = 0; i < count; ++i)
+            QCOMPARE(QImage(photo(QByteArray::number(i) + ".png")).convertToFormat(images[i].format()),
+                     images[i]);
+
+        // 0 to 12 of 13, in any order after the first: the photo that was left is never counted
+        QCOMPARE(report.progress.value(0), qMakePair(0, count + 1));
+        std::sort(report.progress.begin(), report.progress.end());
+        for (int i = 0; i <= count; ++i)
+            QCOMPARE(report.progress.value(i), qMakePair(i, count + 1));
+        QCOMPARE(report.progress.size(), count + 1);
+    }
+
+    void countsWhatBecameOfThePhotos()
+    {
+        QCOMPARE(runBatch(m_root, m_options).progress, (QList<QPair<int, int>>{{0, 0}}));
+
+        writePhoto(photo("a.jpg"), plainImage({20, 10}));
+        writePhoto(photo("b.png"), plainImage({66000, 1})); // too wide for a JPEG
+        writePhoto(photo("d.jpg"), plainImage({20, 10}), gpsTags());
+        m_options.addCompass = true;
+        m_options.compassRatio = 0.2;
+        const auto log = [](const QString &line) {
+            if (line == u"Dibujando rosa con orientación 90.5"_s)
+                throw std::runtime_error("no memory");
+        };
+        PhotoProcessor processor;
+        processor.setOptions(m_options);
+        processor.renamePhotosWithUTM(m_root, log, {});
+        const PhotoProcessor::Summary summary = processor.summary();
+        const QList<int> counts{summary.total, summary.finished, summary.left, summary.notSaved};
+        QCOMPARE(counts, QList<int>({3, 1, 1, 1}));
+        QStringList reasons;
+        for (const PhotoProcessor::LeftPhoto &left : summary.leftPhotos)
+            reasons.append(nameOf(left.path) + u": "_s + left.reason);
+        reasons.sort();
+        QCOMPARE(reasons.value(0).toUtf8(),
+                 "b.png: Error guardando la imagen: Maximum supported image dimension is 65500 pixels");
+        QCOMPARE(reasons.value(1).toUtf8(), "d.jpg: no memory");
+    }
+
+    void saysHowLongItTook()
+    {
+        QString texts;
+        for (const qint64 ms : {999, 59999, 60000, 3599999, 3600000, 45125000})
+            texts += elapsedText(ms) + u' ';
+        QCOMPARE(texts, u"0s 59s 1m 00s 59m 59s 1h 00m 00s 12h 32m 05s "_s);
+    }
 };
-
-// The photos that a walk finds, sorted.
-QByteArray PhotoProcessorTest::found(PhotoWalk walk, bool subfolders) const
-{
-    QStringList paths;
-    for (const QString &photo : findPhotos(m_root, subfolders, walk))
-        paths.append(photo.mid(m_root.size() + 1));
-    paths.sort();
-    return paths.join(u' ').toUtf8();
-}
-
-void PhotoProcessorTest::walks()
-{
-    for (const char *name :
-         {"FOTO.JPG", "b.tiff", "c.jpeg", "d.Png", "x_backup.jpg", ".x.jpg", "x.gif", "x.tif", "xjpg",
-          "s/Backup/f.jpg", "s/Backup/f_backup.jpg", "s/Backup/f_backup(12).jpg", "s/Backup/t/g_backup.png",
-          "s/e.jpg", "s/backup/h_backup.jpg", "Backup/g.jpg", ".h/h.jpg", "folder.jpg/i.jpg"}) {
-        const QFileInfo file(m_root + u'/' + QString::fromLatin1(name));
-        QDir().mkpath(file.path());
-        writeText(file.filePath(), "");
-    }
-    for (const char *link : {"l.jpg", "s/l.jpg"})
-        QVERIFY(QFile::link(m_root + QStringLiteral("/FOTO.JPG"), m_root + u'/' + QString::fromLatin1(link)));
-
-    const QByteArray own = "FOTO.JPG b.tiff c.jpeg d.Png ";
-    const QByteArray below = "folder.jpg/i.jpg ";
-    QCOMPARE(found(PhotoWalk::Batch, false), own + "x_backup.jpg");
-    QCOMPARE(found(PhotoWalk::Batch, true),
-             own + below + "s/Backup/f.jpg s/backup/h_backup.jpg s/e.jpg x_backup.jpg");
-    QCOMPARE(found(PhotoWalk::Preview, false), own + "l.jpg x_backup.jpg");
-    QCOMPARE(found(PhotoWalk::Preview, true),
-             own + below + "l.jpg s/Backup/f.jpg s/backup/h_backup.jpg s/e.jpg s/l.jpg x_backup.jpg");
-    QCOMPARE(found(PhotoWalk::Sample, false), own + "l.jpg x_backup.jpg");
-    QCOMPARE(found(PhotoWalk::Sample, true),
-             own + below + "s/Backup/f.jpg s/backup/h_backup.jpg s/e.jpg x_backup.jpg");
-
-    const QString before = QDir::currentPath();
-    QDir::setCurrent(m_root);
-    QCOMPARE(findPhotos(QString(), true, PhotoWalk::Batch), QStringList());
-    QCOMPARE(findPhotos(QStringLiteral("s"), false, PhotoWalk::Batch),
-             QStringList(m_root + QStringLiteral("/s/e.jpg")));
-    QDir::setCurrent(before);
-    QCOMPARE(findPhotos(path(QStringLiteral("missing")), true, PhotoWalk::Batch), QStringList());
-}
-
-void PhotoProcessorTest::reportsInOrder()
-{
-    constexpr int count = 12;
-    for (int i = 0; i < count; ++i)
-        writePhoto(m_root + QStringLiteral("/%1.jpg").arg(i),
-                   plainImage({20 + 37 * i % 200, 10 + 7 * i}, QColor(20 * i, 90, 60)));
-    m_options.logoPath = m_root + QStringLiteral("/no logo.png");
-    writeText(m_options.logoPath, "no image"); // also a photo, left without a line
-    m_options.renamePhotos = false;
-    m_options.txtPath = path(QStringLiteral("missing.csv"));
-    m_options.fontPath = path(QStringLiteral("missing.ttf"));
-    const BatchReport report = runBatch(m_root, m_options, 4);
-
-    QCOMPARE(report.log.first(2),
-             QStringList({QStringLiteral("Error al abrir el logo."),
-                          QStringLiteral("Error: No se pudo cargar la fuente personalizada desde: ") +
-                              m_options.fontPath}));
-    QCOMPARE(report.log.constLast(), QStringLiteral("Se procesaron 13 fotos en 0s."));
-    // Every photo's lines stand together, the last of them with the name of the first.
-    constexpr int linesPerPhoto = 6;
-    QCOMPARE(report.log.size(), 3 + count * linesPerPhoto);
-    for (int i = 2; i + linesPerPhoto < report.log.size(); i += linesPerPhoto)
-        QCOMPARE(report.log[i + linesPerPhoto - 1],
-                 QString(report.log[i])
-                     .replace(QStringLiteral("\nProcesando: "), QStringLiteral("Metadatos escritos para ")));
-
-    for (int i = 0; i < count; ++i) { // whatever buffers they shared
-        const QImage result(m_root + QStringLiteral("/%1.jpg").arg(i));
-        QCOMPARE(result.size(), QSize(20 + 37 * i % 200, 10 + 7 * i));
-        QVERIFY(qAbs(result.pixelColor(result.width() - 1, result.height() - 1).red() - 20 * i) < 5);
-    }
-
-    // 0 to 12 of 13, in any order after the first: the photo that was left is never counted
-    QList<QPair<int, int>> progress = report.progress;
-    QCOMPARE(progress.value(0), qMakePair(0, count + 1));
-    std::sort(progress.begin(), progress.end());
-    QCOMPARE(progress.size(), count + 1);
-    QCOMPARE(progress.constLast(), qMakePair(count, count + 1));
-}
-
-void PhotoProcessorTest::countsWhatBecameOfThePhotos()
-{
-    QCOMPARE(runBatch(m_root, m_options).progress, (QList<QPair<int, int>>{{0, 0}}));
-
-    writePhoto(m_root + QStringLiteral("/a.jpg"), plainImage({20, 10}));
-    writePhoto(m_root + QStringLiteral("/b.png"), plainImage({66000, 1})); // too wide for a JPEG
-    writeText(m_root + QStringLiteral("/c.jpg"), "no image");
-    writeText(m_root + QStringLiteral("/Backup"), "in the way of the copies");
-    m_options.createBackup = true;
-    const PhotoProcessor::Summary summary = runBatch(m_root, m_options).summary;
-    QCOMPARE(QStringLiteral("%1 %2 %3 %4 %5")
-                 .arg(summary.total)
-                 .arg(summary.finished)
-                 .arg(summary.left)
-                 .arg(summary.notSaved)
-                 .arg(summary.backupsFailed),
-             QStringLiteral("3 1 1 1 3"));
-    QStringList left;
-    for (const PhotoProcessor::LeftPhoto &photo : summary.leftPhotos)
-        left.append(photo.path.mid(m_root.size()) + u' ' + photo.nowAt.mid(m_root.size()) + u' ' +
-                    photo.reason);
-    left.sort();
-    static const QRegularExpression numbers(QStringLiteral(" \\(\\d\\)")); // by the order of the walk
-    QCOMPARE(
-        left.join(u'\n').remove(m_root).remove(numbers).toUtf8(),
-        "/b.png /19J 500000 6000000.jpg Error guardando la imagen: Maximum supported image dimension is "
-        "65500 pixels\n/c.jpg /19J 500000 6000000.jpg Error al abrir la imagen: /19J 500000 6000000.jpg");
-}
-
-void PhotoProcessorTest::saysHowLongItTook()
-{
-    const QList<QPair<qint64, const char *>> cases = {
-        {999, "0s"},          {59999, "59s"},          {60000, "1m 00s"},
-        {3599999, "59m 59s"}, {3600000, "1h 00m 00s"}, {45125000, "12h 32m 05s"}};
-    for (const auto &[ms, text] : cases)
-        QCOMPARE(elapsedText(ms).toUtf8(), text);
-}
 
 QTEST_MAIN(PhotoProcessorTest)
 #include "photoprocessor.moc"

@@ -3,195 +3,212 @@
 
 #include "support/fulldisk.h"
 #include "support/photofiles.h"
+#include "support/systemcalls.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cerrno>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
-/// Files get new contents whole or not at all.
+using namespace Qt::StringLiterals;
+
+/// Files get new contents whole or not at all. The current folder is one with a file "a".
 class SafeWriteTest : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void init();
-    void keepsTheOldFileWhenTheDiskIsFull();
-    void keepsAttributes();
-    void writesUnderAnyName();
-    void followsLinks();
-    void leavesStrangersAlone();
-    void readsWhatTheStampTells();
-
-private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
-    QStringList names() const
-    {
-        return QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    }
-    bool replace(const QString &file, const QByteArray &contents, FileStamp stamp)
-    {
-        return replaceContents(file, contents, std::move(stamp), Durability::OnReturn, &m_error);
-    }
-
     std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_error;
-};
 
-void SafeWriteTest::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_error.clear();
-}
-
-void SafeWriteTest::keepsTheOldFileWhenTheDiskIsFull()
-{
-    const QByteArray old(30000, 'o');
-    const QByteArray contents(40000, 'n');
-    const QString file = path(QStringLiteral("a"));
-    writeText(file, old);
-    for (qint64 bytes = 0; bytes < contents.size(); bytes += bytes % 4096 == 0 ? 1 : 1365) {
-        const FullDisk full(bytes);
-        QVERIFY(!writeWhole(file, contents, &m_error));
-        QVERIFY(!m_error.isEmpty());
-        QVERIFY(!replace(file, contents, FileStamp::of(file)));
-        QVERIFY(!writeWhole(path(QStringLiteral("new")), contents, &m_error));
-        QVERIFY2(bytesOf(file) == old, qPrintable(QString::number(bytes)));
-        QCOMPARE(names(), QStringList(QStringLiteral("a")));
+    // Everything in the folder with its contents, links with an arrow: "a=old b->new".
+    static QByteArray files()
+    {
+        QByteArrayList files;
+        for (const QFileInfo &file :
+             QDir().entryInfoList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name))
+            files.append(file.fileName().toUtf8() + (file.isSymLink() ? "->" : "=") +
+                         bytesOf(file.filePath()));
+        return files.join(' ');
     }
-    const FullDisk full(contents.size());
-    QVERIFY(writeWhole(file, contents, &m_error));
-    QVERIFY(bytesOf(file) == contents);
-}
 
-void SafeWriteTest::keepsAttributes()
-{
-    const QString file = path(QStringLiteral("a"));
-    const QByteArray name = QFile::encodeName(file);
-    writeText(file, "old");
-    const bool administrator = geteuid() == 0;
-    if (administrator)
-        QCOMPARE(chown(name.constData(), 1234, 5678), 0);
-    QCOMPARE(chmod(name.constData(), 0640), 0);
-    const bool hasAttributes = setxattr(name.constData(), "user.nota", "hola", 4, 0) == 0;
-    // Version 2: the owner and user 1001 may read and write, the group may read, others nothing.
-    const QByteArray accessList =
-        QByteArray::fromHex("0200000001000600ffffffff02000600e903000004000400ffffffff10000600ffffffff"
-                            "20000000ffffffff");
-    const bool hasAccessList = setxattr(name.constData(), "system.posix_acl_access", accessList.constData(),
-                                        static_cast<size_t>(accessList.size()), 0) == 0;
-
-    QVERIFY2(replace(file, "new", FileStamp::of(file)), qPrintable(m_error));
-    QCOMPARE(bytesOf(file), "new");
-    struct stat status {
-    };
-    QCOMPARE(stat(name.constData(), &status), 0);
-    QCOMPARE(status.st_mode & 07777U, hasAccessList ? 0660U : 0640U);
-    if (administrator)
-        QCOMPARE(QString::number(status.st_uid) + u':' + QString::number(status.st_gid),
-                 QStringLiteral("1234:5678"));
-    QByteArray value(100, '\0');
-    const auto attribute = [&](const char *attributeName) {
-        return value.left(getxattr(name.constData(), attributeName, value.data(), 100));
-    };
-    if (hasAttributes)
-        QCOMPARE(attribute("user.nota"), "hola");
-    if (hasAccessList)
-        QCOMPARE(attribute("system.posix_acl_access"), accessList);
-
-    // Without an access list, the mode alone; a new file is as the system makes new files.
-    QCOMPARE(removexattr(name.constData(), "system.posix_acl_access") == 0, hasAccessList);
-    QCOMPARE(chmod(name.constData(), 0604), 0);
-    QVERIFY(replace(file, "newer", FileStamp::of(file)));
-    QCOMPARE(QFile::permissions(file) & QFile::Permissions(0x0077), QFile::ReadOther);
-    QVERIFY(writeWhole(path(QStringLiteral("b")), "b", &m_error));
-    writeText(path(QStringLiteral("c")), "c");
-    QCOMPARE(QFile::permissions(path(QStringLiteral("b"))), QFile::permissions(path(QStringLiteral("c"))));
-}
-
-void SafeWriteTest::writesUnderAnyName()
-{
-    for (const QString &name :
-         {QString(255, u'a'), QString(QString(127, u'ñ') + u'a'), QStringLiteral("a\nb %1 ;")}) {
-        QVERIFY2(writeWhole(path(name), "old", &m_error), qPrintable(m_error));
-        QVERIFY2(replace(path(name), "new", FileStamp::of(path(name))), qPrintable(m_error));
-        QCOMPARE(bytesOf(path(name)), "new");
+    // "", or the reason why it did not work.
+    static QByteArray write(const QString &path, const QByteArray &contents)
+    {
+        QString error = u"no reason"_s;
+        return writeWhole(path, contents, &error) ? "" : error.toUtf8();
     }
-    QCOMPARE(names().size(), 3);
-    QVERIFY(!writeWhole(m_folder->path(), "", &m_error)); // a folder
-    QVERIFY(!writeWhole(path(QStringLiteral("no/hay")), "", &m_error));
-}
-
-void SafeWriteTest::followsLinks()
-{
-    writeText(path(QStringLiteral("a")), "old");
-    QVERIFY(QFile::link(path(QStringLiteral("a")), path(QStringLiteral("link"))));
-    QVERIFY(QFile::link(path(QStringLiteral("b")), path(QStringLiteral("dangling"))));
-    QVERIFY(writeWhole(path(QStringLiteral("link")), "new", &m_error));
-    QVERIFY(writeWhole(path(QStringLiteral("dangling")), "new", &m_error));
-    for (const char *name : {"a", "b"}) {
-        QCOMPARE(bytesOf(path(QString::fromLatin1(name))), "new");
-        QVERIFY(!QFileInfo(path(QString::fromLatin1(name))).isSymLink());
+    static QByteArray replace(const QString &path, const QByteArray &contents, FileStamp stamp)
+    {
+        QString error = u"no reason"_s;
+        const bool done = replaceContents(path, contents, std::move(stamp), Durability::OnReturn, &error);
+        return done ? "" : error.toUtf8();
     }
-    QVERIFY(QFileInfo(path(QStringLiteral("link"))).isSymLink());
-}
+    static QByteArray replace(const QByteArray &contents)
+    {
+        return replace(u"a"_s, contents, FileStamp::of(u"a"_s));
+    }
 
-void SafeWriteTest::leavesStrangersAlone()
-{
-    const QString file = path(QStringLiteral("a"));
-    const QByteArray name = QFile::encodeName(file);
-    for (const QByteArray event : {"gone", "longer", "another file", "other bytes"}) {
-        writeText(file, "old");
-        struct stat before {
+    // Owner, group, mode, and the two attributes of this test.
+    static QByteArray attributesOf(const char *name)
+    {
+        struct stat status {
         };
-        QCOMPARE(stat(name.constData(), &before), 0);
-        QTest::qSleep(20); // so that the clock of the file system moves on
-        FileStamp stamp = FileStamp::of(file);
-        if (event == "gone" || event == "another file")
-            QFile::remove(file);
-        if (event != "gone")
-            writeText(file,
-                      event == "longer" ? "longer" : "new"); // the file that was removed has its inode free
-        const timespec times[] = {before.st_atim, before.st_mtim};
-        QCOMPARE(utimensat(AT_FDCWD, name.constData(), times, 0), event == "gone" ? -1 : 0);
-
-        const QByteArray stranger = bytesOf(file);
-        QVERIFY2(!replace(file, "result", std::move(stamp)), event.constData());
-        QCOMPARE(bytesOf(file), stranger);
-        QCOMPARE(names(), event == "gone" ? QStringList() : QStringList(QStringLiteral("a")));
+        stat(name, &status);
+        QByteArray text =
+            u"%1:%2 %3"_s.arg(status.st_uid).arg(status.st_gid).arg(status.st_mode, 0, 8).toUtf8();
+        for (const char *attribute : {"user.nota", "system.posix_acl_access"}) {
+            QByteArray value(1000, '\0');
+            value.resize(1 + getxattr(name, attribute, value.data() + 1, 999));
+            text += ' ' + value.toHex();
+        }
+        return text;
     }
-}
 
-void SafeWriteTest::readsWhatTheStampTells()
-{
-    const QString file = path(QStringLiteral("a"));
-    const QByteArray contents(3000000, 'x');
-    FileStamp stamp;
-    for (const QByteArray &text : {QByteArray(), QByteArray("x"), contents}) {
-        writeText(file, text);
-        const std::optional<QByteArray> read = readWhole(file, &stamp, &m_error);
-        QVERIFY2(read && *read == text, qPrintable(m_error));
-        QVERIFY(stamp.isStill(file));
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        writeText(u"a"_s, "old");
     }
-    QFile::rename(file, path(QStringLiteral("b")));
-    stamp.renewAfterRename();
-    QVERIFY(stamp.isStill(path(QStringLiteral("b"))));
-    QVERIFY(!stamp.isStill(file));
-    const QString pipe = path(QStringLiteral("pipe"));
-    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    for (const QString &nothing : {file, m_folder->path(), pipe})
-        QVERIFY(!readWhole(nothing, &stamp, &m_error));
-    // What grows while it is read is not what was read: a pseudo file is longer than it says.
-    FileStamp none;
-    const QString growing = QStringLiteral("/proc/self/status");
-    QVERIFY(!readWhole(growing, &none, &m_error));
-    QVERIFY(!none.isStill(growing));
-}
+
+    void keepsTheOldFileWhenTheDiskFails()
+    {
+        for (const int bytes : {0, 1, 5}) {
+            const FullDisk full(bytes);
+            QCOMPARE(write(u"a"_s, "longer"), "el archivo es demasiado grande");
+            QCOMPARE(write(u"new"_s, "longer"), "el archivo es demasiado grande");
+            QCOMPARE(replace("longer"), "el archivo es demasiado grande");
+            QCOMPARE(files(), "a=old");
+        }
+        if (!canAnswerSystemCalls())
+            QSKIP("needs a system that lets others answer its calls");
+        const auto replaceWhile = [](long call, const auto &answer) -> QByteArray {
+            QByteArray told;
+            withSystemCalls({call}, answer, [&] { told = replace("longer"); });
+            return told + ", " + files();
+        };
+        const auto fail = [](const seccomp_data &) {
+            return EIO;
+        };
+        const auto cutShort = [](const seccomp_data &) {
+            return QFile::resize(QDir().entryList({u".velmaro-*"_s}, QDir::Files | QDir::Hidden).value(0), 2)
+                       ? 0
+                       : ENOENT;
+        };
+        for (const long call : {SYS_fsync, SYS_close, SYS_rename})
+            QCOMPARE(replaceWhile(call, fail), "error de entrada o salida del disco, a=old");
+        QCOMPARE(replaceWhile(SYS_fsync, cutShort), "el archivo no llegó entero al disco, a=old");
+    }
+
+    void keepsAttributes()
+    {
+        // Version 2: the owner and user 1001 may read and write, the group may read, others nothing.
+        const QByteArray list = QByteArray::fromHex("0200000001000600ffffffff02000600e903000004000400ffffffff"
+                                                    "10000600ffffffff20000000ffffffff");
+        const auto size = static_cast<size_t>(list.size());
+        if ((geteuid() == 0 && chown("a", 1234, 5678) != 0) ||
+            setxattr("a", "user.nota", "hola", 4, 0) != 0 ||
+            setxattr("a", "system.posix_acl_access", list.constData(), size, 0) != 0)
+            QSKIP("needs a file system with attributes");
+        UnfinishedFile copy; // into another folder
+        QString error;
+        QCOMPARE(chmod("a", 0440), 0);
+        QVERIFY(copy.open(u"."_s, false, &error));
+        QVERIFY(copy.write("new", u"a"_s, Attributes::OfACopy, Durability::Later, &error));
+        QCOMPARE(attributesOf(QFile::encodeName(copy.path()).constData()),
+                 QByteArray::number(geteuid()) + ":" + QByteArray::number(getegid()) + " 100640 00686f6c61 ");
+        for (const mode_t mode : {0660, 04604}) { // with the access list, and then without
+            QCOMPARE(chmod("a", mode), 0);
+            const QByteArray before = attributesOf("a");
+            QCOMPARE(replace("new"), "");
+            QCOMPARE(attributesOf("a"), before);
+            removexattr("a", "system.posix_acl_access");
+            setxattr(".", "system.posix_acl_default", list.constData(), size, 0); // which every new file gets
+        }
+        QCOMPARE(write(u"b"_s, "b"), "");
+        writeText(u"c"_s, "c");
+        QCOMPARE(attributesOf("b"), attributesOf("c"));
+    }
+
+    void writesToWhatIsThere()
+    {
+        const QString longest(127, u'ñ');
+        QCOMPARE(write(longest, "old"), "");
+        QCOMPARE(replace(longest, "new", FileStamp::of(longest)), "");
+        QCOMPARE(files(), "a=old " + longest.toUtf8() + "=new");
+        QFile::remove(longest);
+        QVERIFY(QFile::link(u"a"_s, u"link"_s) && QFile::link(u"link"_s, u"chain"_s));
+        QVERIFY(QFile::link(u"b"_s, u"missing"_s));
+        QCOMPARE(write(u"chain"_s, "new"), "");
+        QCOMPARE(write(u"missing"_s, "newer"), "");
+        QCOMPARE(files(), "a=new b=newer chain->new link->new missing->newer");
+        QCOMPARE(write(u"."_s, ""), "no es un archivo");
+        QCOMPARE(write(u"no/hay"_s, ""), "no existe el archivo o la carpeta");
+    }
+
+    void leavesStrangersAlone()
+    {
+        for (const QByteArray stranger : {"", "a=longer", "a=new", "a=New"}) {
+            writeText(u"a"_s, "old");
+            struct stat before {
+            };
+            QCOMPARE(stat("a", &before), 0);
+            QTest::qSleep(20); // so that the clock of the file system moves on
+            FileStamp stamp = FileStamp::of(u"a"_s);
+            if (stranger == "a=New" || stranger.isEmpty())
+                QFile::remove(u"a"_s);
+            if (!stranger.isEmpty())
+                writeText(u"a"_s, stranger.mid(2)); // the file that was removed has its inode free
+            const timespec times[] = {before.st_atim, before.st_mtim};
+            utimensat(AT_FDCWD, "a", times, 0);
+            QCOMPARE(replace(u"a"_s, "result", std::move(stamp)),
+                     "otro programa ha movido o cambiado el archivo mientras se procesaba");
+            QCOMPARE(files(), stranger);
+        }
+    }
+
+    void readsWhatTheStampTells()
+    {
+        QString error;
+        FileStamp stamp;
+        for (const QByteArray &text : {QByteArray(), QByteArray("x"), QByteArray(3000000, 'x')}) {
+            writeText(u"a"_s, text);
+            QVERIFY(readWhole(u"a"_s, &stamp, &error) == text);
+            QVERIFY(stamp.isStill(u"a"_s));
+        }
+        QFile::rename(u"a"_s, u"b"_s);
+        stamp.renewAfterRename();
+        QVERIFY(stamp.isStill(u"b"_s) && !stamp.isStill(u"a"_s));
+        QCOMPARE(mkfifo("pipe", 0600), 0);
+        for (const QString &nothing : {u"a"_s, u"."_s, u"pipe"_s})
+            QVERIFY(!readWhole(nothing, &stamp, &error));
+
+        if (!canAnswerSystemCalls())
+            QSKIP("needs a system that lets others answer its calls");
+        // Who writes to it while it is read, or puts another one in its place, is seen; a pseudo file is
+        // longer than it says.
+        QVERIFY(QFile::link(u"a"_s, u"link"_s));
+        for (const bool another : {false, true}) {
+            writeText(u"a"_s, "first");
+            const auto interfere = [another](const seccomp_data &) {
+                if (!another)
+                    writeText(u"a"_s, "other");
+                else if (QFile::exists(u"b"_s))
+                    return rename("b", "link");
+                return 0;
+            };
+            withSystemCalls({SYS_read}, interfere, [&] { QVERIFY(!readWhole(u"link"_s, &stamp, &error)); });
+            QCOMPARE(error, u"otro programa cambió el archivo mientras se leía"_s);
+        }
+        FileStamp none;
+        QVERIFY(!readWhole(u"/proc/self/status"_s, &none, &error));
+        QVERIFY(!none.isStill(u"/proc/self/status"_s));
+    }
+};
 
 QTEST_GUILESS_MAIN(SafeWriteTest)
 #include "safewrite.moc"

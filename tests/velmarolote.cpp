@@ -1,329 +1,398 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "support/lotefixture.h"
+#include "processing/photopart.h"
+#include "support/photofiles.h"
 
+#include <QDir>
+#include <QDirIterator>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
-#include <linux/capability.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
-namespace
-{
+using namespace Qt::StringLiterals;
 
-// Permissions do not bind the administrator, as whom tests may run, unless the capabilities to pass over them
-// are dropped. The user stays, since another may not be let into the folder of the executable.
-void bindToPermissions(QProcess &process)
-{
-    process.setChildProcessModifier([] {
-        for (const int capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) {
-            if (geteuid() == 0 && prctl(PR_CAPBSET_DROP, capability) != 0)
-                _exit(99);
-        }
-    });
-}
-
-// Lets `process` see the folder `what` at the place `where` too. Without leave to do so it ends with 77.
-void bindFolder(QProcess &process, const QString &what, const QString &where)
-{
-    process.setChildProcessModifier([what = QFile::encodeName(what), where = QFile::encodeName(where)] {
-        if (unshare(geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0 ||
-            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            mount(what.constData(), where.constData(), nullptr, MS_BIND, nullptr) != 0)
-            _exit(77);
-    });
-}
-
-// Of the first quantisation table; 16 × 50 / quality, below 50.
-int firstTableEntry(const QByteArray &jpeg)
-{
-    return jpeg[jpeg.indexOf("\xff\xdb") + 5];
-}
-
-} // namespace
-
-/// The program velmaro-lote, run as a process.
-class VelmaroLoteTest : public LoteFixture
+/// The program velmaro-lote, run as a process, with settings of its own, in a folder that paths are relative
+/// to.
+class VelmaroLoteTest : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void init();
-    void refuses();
-    void informs();
-    void startsWithTheWindowsDefaults();
-    void takesProfileAndOptions();
-    void worksInThreads();
-    void keepsTheOriginalQuality();
-    void tellsWhatWasLeft();
-    void goesOnWithoutListeners();
-    void knowsMountedFolders();
-    void keepsToPermissions();
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QByteArray m_output; ///< of the last run
 
-private:
-    QStringList photos() const
+    QString path(const QByteArray &name) const { return m_folder->filePath(QString::fromUtf8(name)); }
+    QByteArray contents(const QByteArray &name) const { return bytesOf(path(name)); }
+
+    // The exit status, and what else but the progress stands on standard error. `before` is what stands
+    // before the program in the command line of the shell.
+    QByteArray run(const QByteArray &arguments, const QByteArray &before = {})
     {
-        return QDir(path("fotos")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        static const QRegularExpression progress(u"Progreso: .*\n"_s);
+        const QByteArray command = "set -o pipefail; " + before + " " VELMARO_LOTE " " + arguments;
+        QProcess bash;
+        bash.setWorkingDirectory(m_folder->path());
+        bash.start(u"env"_s, {u"XDG_CONFIG_HOME="_s + m_folder->path(), u"bash"_s, u"-c"_s,
+                              QString::fromUtf8(command)});
+        if (!bash.waitForFinished(60000))
+            return "not finished";
+        m_output = bash.readAllStandardOutput().replace(m_folder->path().toUtf8(), ".");
+        QString errors = QString::fromUtf8(bash.readAllStandardError()).replace(m_folder->path(), u"."_s);
+        return QByteArray::number(bash.exitCode()) + ' ' + errors.remove(progress).trimmed().toUtf8();
+    }
+
+    // A small photo of one colour below "fotos".
+    void photo(const QByteArray &name, int hue, const Tags &tags = gpsTags())
+    {
+        writePhoto(path("fotos/" + name), plainImage({64, 48}, QColor::fromHsv(hue, 255, 255)), tags);
+    }
+
+    // Thirty of as many colours, at three positions, in two folders.
+    void thirtyPhotos()
+    {
+        for (int i = 0; i < 30; ++i) {
+            Tags tags = gpsTags();
+            tags["Exif.GPSInfo.GPSLatitude"] = QByteArray::number(30 + i % 3) + "/1 0/1 0/1";
+            photo((i % 2 ? "" : "sub/") + QByteArray::number(i) + ".JPG", i * 12, tags);
+        }
+    }
+
+    // The files below a folder, hidden ones included but for journals, and the hues of the pictures that end
+    // as they should. Which of two photos at one position gets the higher number is left to chance.
+    QByteArray results(const QByteArray &folder) const
+    {
+        QStringList found;
+        QDirIterator files(path(folder), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            const QByteArray bytes = bytesOf(files.next());
+            if (files.fileName().startsWith(u".velmaro-diario-"))
+                continue;
+            found.append(QDir(path(folder)).relativeFilePath(files.filePath()));
+            if (bytes.endsWith("\xff\xd9"))
+                found.append(u"~%1"_s.arg(QImage(files.filePath()).pixelColor(60, 2).hsvHue() / 3));
+        }
+        found.sort();
+        return found.join(u' ').toUtf8();
+    }
+
+    // What is drawn on a black photo of 800 × 600, the first entry of its quantisation table, and its
+    // altitude.
+    QByteArray looks(const QByteArray &name) const
+    {
+        const QImage image(path(name));
+        const QByteArray bytes = contents(name);
+        const auto light = [&](int x, int y) {
+            return image.pixelColor(x, y).lightness() > 60;
+        };
+        return QByteArray(light(780, 580) ? "text " : "") + (light(20, 540) ? "rose " : "") +
+               (light(750, 50) ? "logo " : "") + QByteArray::number(bytes[bytes.indexOf("\xff\xdb") + 5]) +
+               ' ' + tagOf(path(name), "Exif.GPSInfo.GPSAltitude");
+    }
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        for (const char *folder : {"fotos/sub", "salida", "una"})
+            QDir().mkpath(path(folder));
+    }
+
+    void refuses()
+    {
+        photo("a.jpg", 0);
+        const QByteArray original = contents("fotos/a.jpg");
+        writeText(path("lista.json"), "[1]");
+        writeText(path("logo.json"), R"({"logoPath": "/nada/logo.png"})");
+        QFile::link(path("fotos"), path("enlace"));
+        const QList<QPair<const char *, QByteArray>> cases = {
+            // what is said, and to which arguments
+            {"Indique una carpeta de fotos. Con --help se muestra la ayuda.", "--sin-logo|fotos fotos"},
+            {"Seleccione un directorio de fotos válido.", "''|nada --logo nada.png"},
+            {"Seleccione un archivo de logo válido.",
+             "fotos --logo nada.png --coordenadas nada.csv|fotos --logo fotos|fotos --perfil logo.json"},
+            {"Seleccione un archivo txt válido (o cambie el modo a EXIF).",
+             "fotos --coordenadas nada.csv --salida nada"},
+            {"Seleccione una carpeta de salida válida.", "fotos --salida nada"},
+            {"No se pudo leer el perfil: nada.json", "fotos --perfil nada.json"},
+            {"No se pudo leer el perfil: lista.json", "fotos --perfil lista.json"},
+            {"La calidad debe ser un número entero de 1 a 100, u «original».",
+             "fotos --calidad 101|fotos --calidad 0|fotos --calidad alta"},
+            {"Los hilos deben ser un número entero de 1 en adelante.", "fotos --hilos 0"},
+            {"La parte debe tener la forma K/N, con K de 1 a N.",
+             "fotos --salida . --parte 3/2|fotos --salida . --parte 0/2|fotos --salida . --parte 1"},
+            {"--parte solo se puede usar con --salida.", "fotos --parte 1/2"},
+            {"--reanudar solo se puede usar con --salida.", "fotos --reanudar"},
+            {"--parte necesita una carpeta de salida fuera de la carpeta de fotos.",
+             "fotos --parte 1/2 --salida enlace|fotos --parte 1/2 --salida fotos/sub"},
+            {"--reanudar con --subcarpetas necesita una carpeta de fotos fuera de la carpeta de salida.",
+             "fotos --reanudar --subcarpetas --salida ."},
+            {"El archivo existe y no es un mapa GeoJSON; no se reemplaza: logo.json",
+             "fotos --geojson logo.json"},
+            {"No se puede escribir el mapa GeoJSON en: nada/mapa", "fotos --geojson nada/mapa"},
+        };
+        for (const auto &[message, arguments] : cases) {
+            for (const QByteArray &line : arguments.split('|'))
+                QCOMPARE(run(line) + m_output, QByteArray("2 ") + message);
+        }
+        QVERIFY(run("fotos --nada").startsWith("2 "));
+        QCOMPARE(run("fotos/sub --reanudar --salida fotos"), "0 "); // where no task looks for photos
+        QCOMPARE(results("fotos"), "a.jpg ~0");
+        QCOMPARE(contents("fotos/a.jpg"), original);
+    }
+
+    // The help, the manual page and the completion know the same options.
+    void informs()
+    {
+        const auto options = [](const QByteArray &text, const QString &what = {}) {
+            const QRegularExpression form(u"--[a-z]+(-[a-z]+)*\\b"_s + what);
+            QSet<QString> found;
+            for (auto match = form.globalMatch(QString::fromUtf8(text)); match.hasNext();)
+                found.insert(match.next().captured());
+            return found;
+        };
+        const QString packaging = QStringLiteral(VELMARO_SOURCES "/packaging/");
+        QCOMPARE(run("--help"), "0 ");
+        const QSet<QString> known = options(m_output);
+        QVERIFY(known.size() > 10);
+        QCOMPARE(options(bytesOf(packaging + u"man/velmaro-lote.1.in"_s).replace("\\", "")), known);
+        QCOMPARE(options(bytesOf(packaging + u"velmaro-lote.bash"_s)), options(m_output, u"(?= <)"_s));
+        QCOMPARE(run("--version"), "0 ");
+        QCOMPARE(m_output, "velmaro-lote " VELMARO_VERSION "\n");
+    }
+
+    void stampsWhatItIsAskedFor()
+    {
+        const QString photo = path("fotos/sub/á b.jpg");
+        writePhoto(photo, plainImage({800, 600}, Qt::black), gpsTags());
+        QFile::copy(photo, path("fotos/a.jpg"));
+        writePhoto(path("logo.png"), plainImage({50, 50}, Qt::red));
+        writeText(path("tabla.csv"), "á b.jpg;19;H;300000;6000000;270;;10\n");
+        writeText(path("perfil.json"),
+                  R"({"drawData": false, "compassRatio": 9, "compassStyle": 9, "logoRatio": 0.1,
+                                           "logoPosition": "arriba-derecha"})");
+        QCOMPARE(run("fotos"), "0 ");
+        QCOMPARE(looks("fotos/19G 345093 6297582.jpg"), "text rose 3 52025/100");
+        QVERIFY(m_output.startsWith("Dibujando rosa con orientación 90.5\n\nProcesando: a.jpg\n"));
+        QVERIFY(m_output.endsWith("\nSe procesaron 1 fotos en 0s.\n"));
+
+        QDir().mkpath(path("Velmaro"));
+        writeText(path("Velmaro/Velmaro.conf"), "[output]\njpegQuality=40\n");
+        const QByteArray options =
+            "--perfil perfil.json --coordenadas tabla.csv --logo logo.png --salida salida "
+            "--subcarpetas fotos/sub ";
+        QCOMPARE(run(options + "--prefijo P- --calidad 32"), "0 ");
+        QCOMPARE(looks("salida/P-19H 300000 6000000.jpg"), "logo 25 1000/100");
+        QCOMPARE(run(options + "--sin-renombrar --sin-incrustar --sin-logo"), "0 ");
+        QCOMPARE(looks("salida/á b.jpg"), "20 52025/100");
+
+        // A JPEG keeps its tables, another format says that it could not.
+        const QByteArray before = bytesOf(photo);
+        writePhoto(path("fotos/sub/b.png"), plainImage({800, 600}));
+        QCOMPARE(run("fotos/sub --calidad original"), "0 ");
+        QVERIFY(contents("fotos/sub/19G 345093 6297582.jpg")
+                    .contains(before.mid(before.indexOf("\xff\xdb"), 138)));
+        QCOMPARE(m_output.count("\nNo se pudo dejar intacto lo que rodea al sello en 19J 500000 6000000.jpg: "
+                                "se guarda con calidad 100.\n"),
+                 1);
+    }
+
+    void worksInThreadsAndTellsHowFarItIs()
+    {
+        for (int i = 0; i < 40; ++i)
+            writePhoto(path("fotos/" + QByteArray::number(i) + ".jpg"), plainImage({1200, 900}));
+        run("fotos --sin-respaldo --hilos 16 > registro 2> progreso & "
+            "while ls /proc/$!/task 2> /dev/null | wc -l | grep -v '^0'; do sleep 0.01; done | sort -n | "
+            "tail -1");
+        QVERIFY2(m_output.toInt() > 16, m_output.constData());
+        QCOMPARE(contents("progreso").count("Progreso"), 10);
+        photo("sub/a.jpg", 0);
+        run("fotos/sub' /dev/null", "script -qec '"); // on a terminal
+        const QByteArray bars = "\r[" + QByteArray(40, '.') +
+                                "] 0/1\r\x1b[KDibujando rosa con orientación 90.5\r\n\r[" +
+                                QByteArray(40, '#') + "] 1/1\r\x1b[K\r\nProcesando: a.jpg";
+        QVERIFY2(m_output.startsWith(bars), m_output.constData());
+    }
+
+    void tellsWhatWasLeft()
+    {
+        photo("a.jpg", 0);
+        writeText(path("fotos/Backup"), "no folder");
+        QCOMPARE(run("fotos --sin-renombrar"), "1 No se pudo guardar la copia original de 1 fotos.");
+        const QByteArray passedOver = "1 Se pasó por alto, porque su nombre no es UTF-8: ./fotos/\ufffd.jpg";
+        QCOMPARE(run("fotos --salida salida", "cp fotos/a.jpg fotos/$'\\xf1.jpg';"), passedOver);
+        writeText(path("fotos/sub/b.jpg"), "no image");
+        QCOMPARE(run("fotos --subcarpetas; status=$?; rm fotos/$'\\xf1.jpg'; exit $status"),
+                 passedOver + "\nSin terminar: ./fotos/sub/b.jpg (ahora ./fotos/sub/19J 500000 6000000.jpg): "
+                              "Error al abrir la imagen: ./fotos/sub/19J 500000 6000000.jpg\n"
+                              "No se pudo guardar la copia original de 2 fotos.\n"
+                              "Quedaron sin terminar 1 de 2 fotos.");
+    }
+
+    // Neither a reader of the log who goes away nor closed streams stop a run, or get into its files.
+    void goesOnWithoutListeners()
+    {
+        thirtyPhotos();
+        QCOMPARE(run("fotos --salida una"), "0 ");
+        for (const char *way : {"| head -1", ">&-", "2>&- >&- <&-", "2>&1 | true", "> /dev/full"}) {
+            const char *full = "1 No se pudo escribir el registro: no queda espacio en el disco";
+            QCOMPARE(run(QByteArray("fotos --salida salida ") + way, "rm -f salida/*;"),
+                     QByteArray(way) == "> /dev/full" ? full : "0 ");
+            QCOMPARE(results("salida"), results("una"));
+        }
+    }
+
+    // Of a write-protected photo, or one in a write-protected folder as on a memory card, only copies are
+    // stamped. The administrator, as whom tests may run, is bound to permissions like others.
+    void keepsToPermissions()
+    {
+        const QByteArray bound =
+            geteuid() == 0 ? "setpriv --bounding-set=-dac_override,-dac_read_search" : "";
+        const QByteArray inPlace = "fotos --sin-renombrar --sin-respaldo";
+        photo("a.jpg", 90);
+        const QByteArray original = contents("fotos/a.jpg");
+        const QByteArray refused =
+            "1 Sin terminar: ./fotos/a.jpg: Error escribiendo metadatos en a.jpg: permiso denegado\n"
+            "Quedaron sin terminar 1 de 1 fotos.";
+        QCOMPARE(run(inPlace, "chmod a-w fotos/a.jpg; " + bound), refused);
+        QCOMPARE(run(inPlace, "chmod a-w fotos; " + bound), refused);
+        QCOMPARE(run("fotos --salida salida", bound), "0 ");
+        QCOMPARE(run("fotos --salida una; status=$?; chmod 755 fotos una; exit $status",
+                     "chmod u-r una; " + bound),
+                 "1 No se pudo asegurar en el disco la carpeta de salida: permiso denegado");
+        QCOMPARE(results("fotos"), "a.jpg ~29");
+        QCOMPARE(results("salida"), "19G 345093 6297582.jpg ~29");
+        QCOMPARE(contents("fotos/a.jpg"), original);
+    }
+
+    void partsMakeTheWholeRun()
+    {
+        // Where the output folder ignores case, these would be one file: one task has to know of both.
+        for (int count = 2; count < 9; ++count) {
+            for (PhotoPart part{1, count}; part.number <= count; ++part.number)
+                QCOMPARE(part.holds(u"Día/Ñandú.JPG"_s), part.holds(u"día/ñandú.jpg"_s));
+        }
+        thirtyPhotos();
+        QCOMPARE(run("fotos --subcarpetas --salida una"), "0 ");
+        const QByteArray task =
+            "fotos --subcarpetas --salida salida --hilos 1 --parte $number/3 & done; wait";
+        QCOMPARE(run(task, "for number in 1 2 3; do"), "0 ");
+        QCOMPARE(m_output.count("Metadatos escritos"), 30);
+        QCOMPARE(results("salida"), results("una"));
+
+        // The name of a photo is kept for its copy, which another task will bring.
+        init();
+        photo("b.jpg", 30);
+        photo("19G 345093 6297582.jpg", 60);
+        for (const char *part : {"2/2", "1/2"})
+            QCOMPARE(run(QByteArray("fotos --salida salida --parte ") + part), "0 ");
+        QCOMPARE(results("salida"), "19G 345093 6297582 (1).jpg 19G 345093 6297582 (2).jpg ~19 ~9");
+    }
+
+    void goesOnWhereItWasKilled()
+    {
+        thirtyPhotos();
+        QCOMPARE(run("fotos --subcarpetas --salida una"), "0 ");
+        const QByteArray task = "fotos --subcarpetas --salida salida --hilos 2 --reanudar --geojson mapa";
+        QCOMPARE(run(task, "ulimit -f 0;"),
+                 "2 No se pudo abrir el diario de la tarea ./salida/.velmaro-diario-1-de-1: "
+                 "el archivo es demasiado grande");
+        QVERIFY(run(task, "ulimit -f 5;")
+                    .endsWith("No se pudo escribir el diario: el archivo es demasiado grande"));
+        int kills = 0;
+        while (kills < 50 && run(task, "timeout -s KILL " + QByteArray::number(0.01 * (kills + 1))) != "0 ")
+            ++kills;
+        QVERIFY(kills > 0);
+        QCOMPARE(run(task), "0 ");
+        QCOMPARE(results("salida"), results("una"));
+        QCOMPARE(contents("mapa").count("\"Feature\""), 30);
+
+        // cut short in the last line of a photo
+        QFile journal(path("salida/.velmaro-diario-1-de-1"));
+        QVERIFY(journal.resize(bytesOf(journal.fileName()).lastIndexOf("\"fin\"") + 10));
+        QCOMPARE(run(task), "0 ");
+        QVERIFY2(m_output.contains("\nSe procesaron 1 fotos"), m_output.constData());
+        QCOMPARE(results("salida"), results("una"));
+        QCOMPARE(run(task), "0 ");
+        QCOMPARE(m_output,
+                 "Reanudando: 30 de 30 fotos ya estaban terminadas.\nSe procesaron 0 fotos en 0s.\n");
+        QCOMPARE(contents("mapa").count("\"Feature\""), 30);
+    }
+
+    // What lies in the output folder after a task was broken off, and what becomes of it.
+    void takesBackWhatWasHalfDone()
+    {
+        const QByteArray task = "fotos --salida salida --reanudar";
+        photo("a.jpg", 90);
+        QCOMPARE(run(task), "0 ");
+        photo("19G 345093 6297582.jpg", 120, {}); // new, and called like that result
+        photo("x.jpg", 30);
+        photo("y.jpg", 60, {});
+        // x was renamed, but not stamped yet; y was not renamed, since another photo has got that name; z,
+        // which is no photo any more, bears both names, as on NFS. There are hidden files of the attempt
+        // before and of a task that still works. The last line was cut short.
+        const QByteArray brokenOff = R"(
+            cp fotos/x.jpg salida/nuevo.jpg
+            cp fotos/y.jpg salida
+            cp fotos/a.jpg salida/z.jpg
+            ln salida/z.jpg salida/dos.jpg
+            touch salida/otra.jpg salida/.velmaro-0000000001234567
+            touch salida/.velmaro-$(grep -Pom 1 'marca...\K\w+' salida/.velmaro-diario*)01234567
+            tr -d '\n ' << END | tr \'\; '\042\n' >> salida/.velmaro-diario-1-de-1
+                {'inicio':'x.jpg'}; {'foto':'x.jpg','de':'x.jpg','nombre':'nuevo.jpg'};
+                {'inicio':'y.jpg'}; {'foto':'y.jpg','de':'y.jpg','nombre':'otra.jpg'};
+                {'foto':'z.jpg','de':'z.jpg','nombre':'dos.jpg'}; {'fin':'y.j
+END
+            )";
+        QCOMPARE(run(task, brokenOff), "0 ");
+        // none of them behind the line that was cut short
+        QCOMPARE(contents("salida/.velmaro-diario-1-de-1").count("\n{\"inicio\":"), 9);
+        QCOMPARE(results("salida"),
+                 ".velmaro-0000000001234567 19G 345093 6297582 (1).jpg 19G 345093 6297582.jpg "
+                 "19J 500000 6000000 (1).jpg 19J 500000 6000000.jpg otra.jpg z.jpg ~19 ~29 ~29 ~40 ~9");
+        QCOMPARE(QImage(path("salida/19G 345093 6297582.jpg")).pixelColor(60, 2).hsvHue() / 3, 29);
+    }
+
+    void refusesAnotherRun()
+    {
+        const QByteArray task = "fotos --salida salida --reanudar ";
+        QCOMPARE(run(task + "--parte 1/2"), "0 ");
+        const auto refusal = [this](const QByteArray &arguments) {
+            return run("fotos" + arguments).split(')').first(); // advice follows
+        };
+        const QByteArray others =
+            "2 El trabajo en esta carpeta de salida es de otra carpeta de fotos o de otras "
+            "opciones (.velmaro-diario-1-de-2";
+        QCOMPARE(refusal(" --salida salida --reanudar --parte 1/3"),
+                 "2 El trabajo en esta carpeta de salida se repartió en otra cantidad de "
+                 "partes (.velmaro-diario-1-de-2");
+        for (const char *other : {" --prefijo p", " --calidad 50",
+                                  " --coordenadas salida/.velmaro-diario-1-de-2", " --sin-incrustar", "/sub"})
+            QCOMPARE(refusal(other + QByteArray(" --salida salida --reanudar --parte 2/2")), others);
+        QCOMPARE(run(task + "--parte 1/2", "flock salida/.velmaro-diario-1-de-2"),
+                 "2 Otra tarea trabaja ya en esta parte: ./salida/.velmaro-diario-1-de-2");
+    }
+
+    void drawsTheMap()
+    {
+        photo("a.jpg", 0);
+        photo("b.jpg", 0, {{"Exif.Photo.DateTimeOriginal", "2024:03:05 14:07:10"}});
+        QCOMPARE(run("fotos --salida salida --geojson mapa --hilos 1"), "0 ");
+        QCOMPARE(contents("mapa").replace(m_folder->path().toUtf8(), ".").replace('"', '\''),
+                 "{'type':'FeatureCollection','features':[\n"
+                 "{'geometry':{'coordinates':[-70.66666667,-33.45,520.25],'type':'Point'},"
+                 "'properties':{'altitud':520.25,'este':345093.459,'fecha':'2024-03-05T14:07:09',"
+                 "'norte':6297581.872,'orientacion':90.5,'original':'./fotos/a.jpg',"
+                 "'resultado':'./salida/19G 345093 6297582.jpg','zona':'19G'},'type':'Feature'},\n"
+                 "{'geometry':null,'properties':{'altitud':null,'este':null,"
+                 "'fecha':'2024-03-05T14:07:10','norte':null,'orientacion':null,"
+                 "'original':'./fotos/b.jpg','resultado':'./salida/19J 500000 6000000.jpg',"
+                 "'zona':null},'type':'Feature'}\n"
+                 "]}\n");
     }
 };
-
-void VelmaroLoteTest::init()
-{
-    startOver();
-    for (const char *folder : {"fotos/sub", "salida"})
-        QDir().mkpath(path(folder));
-}
-
-void VelmaroLoteTest::refuses()
-{
-    writePhoto(path("fotos/a.jpg"), plainImage({16, 16}));
-    writeText(path("lista.json"), "[1]");
-    writeText(path("logo.json"), R"({"logoPath": "/nada/logo.png"})");
-    QFile::link(path("fotos"), path("enlace"));
-    const QByteArray original = contents("fotos/a.jpg");
-    const QList<QPair<const char *, const char *>> cases = {
-        {"--sin-logo", "Indique una carpeta"},
-        {"fotos fotos", "Indique una carpeta"},
-        {"''", "Seleccione un directorio de fotos válido."},
-        {"nada --logo nada.png", "Seleccione un directorio de fotos válido."},
-        {"fotos --logo nada.png --coordenadas nada.csv", "Seleccione un archivo de logo válido."},
-        {"fotos --logo fotos", "Seleccione un archivo de logo válido."},
-        {"fotos --perfil logo.json", "Seleccione un archivo de logo válido."},
-        {"fotos --coordenadas nada.csv --salida nada",
-         "Seleccione un archivo txt válido (o cambie el modo a EXIF)."},
-        {"fotos --salida nada", "Seleccione una carpeta de salida válida."},
-        {"fotos --perfil nada.json", "No se pudo leer el perfil"},
-        {"fotos --perfil lista.json", "No se pudo leer el perfil"},
-        {"fotos --nada", "nada"},
-        {"fotos --calidad 101", "La calidad debe ser"},
-        {"fotos --calidad 0", "La calidad debe ser"},
-        {"fotos --calidad alta", "La calidad debe ser"},
-        {"fotos --hilos 0", "Los hilos deben ser"},
-        {"fotos --salida . --parte 3/2", "forma K/N"},
-        {"fotos --parte 1/2", "--parte solo se puede usar con --salida."},
-        {"fotos --reanudar", "--reanudar solo se puede usar con --salida."},
-        {"fotos --parte 1/2 --salida enlace", "fuera de la carpeta de fotos"},
-        {"fotos --reanudar --subcarpetas --salida .", "fuera de la carpeta de salida"},
-        {"fotos --geojson logo.json", "no es un mapa GeoJSON"},
-        {"fotos --geojson nada/mapa.geojson", "el mapa GeoJSON"},
-    };
-    for (const auto &[arguments, message] : cases) {
-        QCOMPARE(run(arguments), 2);
-        QVERIFY2(m_errors.contains(QString::fromUtf8(message)), qPrintable(m_errors));
-        QCOMPARE(m_output, QString());
-        QCOMPARE(photos().join(u' ').toUtf8(), "a.jpg sub");
-        QCOMPARE(contents("fotos/a.jpg"), original);
-    }
-}
-
-// The help, the manual page and the completion know the same options.
-void VelmaroLoteTest::informs()
-{
-    static const QRegularExpression form(QStringLiteral("--[a-z]+(-[a-z]+)*( <)?"));
-    const auto optionsIn = [](const QString &text, const QString &end) {
-        QSet<QString> options;
-        for (auto match = form.globalMatch(text); match.hasNext();) {
-            if (const QString option = match.next().captured(); option.endsWith(end))
-                options.insert(option.section(u' ', 0, 0));
-        }
-        return options;
-    };
-    const auto sourceOf = [](const char *file) {
-        return QString::fromUtf8(
-            bytesOf(QStringLiteral(VELMARO_SOURCES "/packaging/") + QString::fromUtf8(file)));
-    };
-    QCOMPARE(run("--help"), 0);
-    const QSet<QString> options = optionsIn(m_output, {});
-    QVERIFY(options.size() > 10);
-    QCOMPARE(optionsIn(sourceOf("man/velmaro-lote.1.in").remove(u'\\'), {}), options);
-    for (const QString &option : optionsIn(m_output, QStringLiteral("<")))
-        QVERIFY2(sourceOf("velmaro-lote.bash").contains(QRegularExpression(option + QStringLiteral("\\b"))),
-                 qPrintable(option));
-    QCOMPARE(run("--version"), 0);
-    QVERIFY(m_output.startsWith(QLatin1String("velmaro-lote ")));
-}
-
-void VelmaroLoteTest::startsWithTheWindowsDefaults()
-{
-    writePhoto(path("fotos/a.jpg"), plainImage({800, 600}, Qt::black), gpsTags());
-    writePhoto(path("fotos/sub/b.jpg"), plainImage({80, 60}));
-    QCOMPARE(run("fotos"), 0);
-    QCOMPARE(photos(), QStringList({QStringLiteral("19G 345093 6297582.jpg"), QStringLiteral("Backup"),
-                                    QStringLiteral("sub")}));
-    QVERIFY(
-        m_output.startsWith(QStringLiteral("Dibujando rosa con orientación 90.5\n\nProcesando: a.jpg\n")));
-    QVERIFY(m_output.endsWith(QLatin1String("Se procesaron 1 fotos en 0s.\n")));
-    const QImage image(path("fotos/19G 345093 6297582.jpg"));
-    QVERIFY(image.pixelColor(780, 580).lightness() > 60); // the box of the text, bottom right
-    QVERIFY(image.pixelColor(20, 540).lightness() > 60);  // the disc of the rose, bottom left
-    QVERIFY(image.pixelColor(30, 30).lightness() < 10);   // no logo
-}
-
-void VelmaroLoteTest::takesProfileAndOptions()
-{
-    writePhoto(path("fotos/sub/á b.jpg"), plainImage({800, 600}, Qt::black), gpsTags());
-    writePhoto(path("logo.png"), plainImage({50, 50}, Qt::red));
-    writeText(path("tabla.csv"), "á b.jpg;19;H;300000;6000000;270;;10\n");
-    writeText(path("perfil.json"),
-              R"({"drawData": false, "compassRatio": 9, "compassStyle": 9, "logoRatio": 0.1,
-                                       "logoPosition": "arriba-derecha"})");
-    QDir().mkpath(path("Velmaro"));
-    writeText(path("Velmaro/Velmaro.conf"), "[output]\njpegQuality=40\n");
-    QCOMPARE(run("--perfil perfil.json --coordenadas tabla.csv --logo logo.png --salida salida --subcarpetas "
-                 "--prefijo P- --calidad 32 fotos"),
-             0);
-    const QString result = path("salida/sub/P-19H 300000 6000000.jpg");
-    const QImage image(result);
-    QVERIFY(image.pixelColor(750, 50).red() > 200);       // the logo, top right
-    QVERIFY(image.pixelColor(780, 580).lightness() < 10); // no text
-    QCOMPARE(tagOf(result, "Exif.GPSInfo.GPSAltitude"), "1000/100");
-    QCOMPARE(firstTableEntry(bytesOf(result)), 25);
-    QCOMPARE(photos(), QStringList(QStringLiteral("sub")));
-
-    QCOMPARE(run("--perfil perfil.json --coordenadas tabla.csv --logo logo.png --salida salida --subcarpetas "
-                 "--sin-renombrar --sin-incrustar --sin-logo fotos"),
-             0);
-    const QString unnamed = path("salida/sub/á b.jpg");
-    QCOMPARE(tagOf(unnamed, "Exif.GPSInfo.GPSAltitude"), "52025/100");
-    QVERIFY(QImage(unnamed).pixelColor(750, 50).lightness() < 10);
-    QCOMPARE(firstTableEntry(bytesOf(unnamed)), 20); // the stored quality
-}
-
-void VelmaroLoteTest::worksInThreads()
-{
-    for (int i = 0; i < 40; ++i)
-        writePhoto(path(QStringLiteral("fotos/%1.jpg").arg(i)), plainImage({1200, 900}));
-    qsizetype threads[2] = {0, 0};
-    QByteArray errors;
-    for (const bool many : {false, true}) {
-        QProcess process;
-        start(process, QStringLiteral("fotos --sin-respaldo --hilos ") +
-                           (many ? QStringLiteral("16") : QStringLiteral("1")));
-        while (!process.waitForFinished(5)) {
-            const QDir tasks(QStringLiteral("/proc/%1/task").arg(process.processId()));
-            threads[many] = qMax(threads[many], tasks.entryList().size());
-        }
-        errors = process.readAllStandardError();
-    }
-    QCOMPARE(errors.count("Progreso"), 10);
-    QVERIFY2(threads[1] - threads[0] > 8, qPrintable(QString::number(threads[1])));
-}
-
-// A JPEG keeps its tables, another format says that it could not.
-void VelmaroLoteTest::keepsTheOriginalQuality()
-{
-    const QString jpeg = path("fotos/a.jpg");
-    writePhoto(jpeg, plainImage({800, 600}), gpsTags());
-    writePhoto(path("fotos/b.png"), plainImage({800, 600}));
-    const auto tablesOf = [](const QByteArray &file) {
-        return file.mid(file.lastIndexOf("\xff\xdb") - 69, 138);
-    };
-    const QByteArray tables = tablesOf(bytesOf(jpeg));
-    QCOMPARE(run("fotos --calidad original"), 0);
-    const QString result = path("fotos/19G 345093 6297582.jpg");
-    QCOMPARE(tablesOf(bytesOf(result)), tables);
-    QVERIFY(QImage(result).pixelColor(780, 580) !=
-            plainImage({1, 1}).pixelColor(0, 0)); // the box of the text
-    const QString line = QStringLiteral("No se pudo dejar intacto lo que rodea al sello en ");
-    QVERIFY(m_output.contains(line + QStringLiteral("19J 500000 6000000.jpg: se guarda con calidad 100.")));
-    QCOMPARE(m_output.count(line), 1);
-}
-
-void VelmaroLoteTest::tellsWhatWasLeft()
-{
-    writePhoto(path("fotos/a.jpg"), plainImage({16, 16}));
-    writeText(path("fotos/Backup"), "no folder");
-    QCOMPARE(run("fotos --sin-renombrar"), 1); // for want of the copy alone
-    QFile::copy(path("fotos/a.jpg"), path("c"));
-    const QByteArray unreadable = QFile::encodeName(path("fotos")) + QByteArray("/\xf1.jpg");
-    QCOMPARE(rename(QFile::encodeName(path("c")).constData(), unreadable.constData()), 0);
-    QCOMPARE(run("fotos --salida salida"), 1); // for the photo that was passed over
-    writeText(path("fotos/sub/b.jpg"), "no image");
-    QCOMPARE(run("fotos --subcarpetas"), 1);
-    QCOMPARE(m_errors.remove(m_folder->path() + u'/'),
-             QStringLiteral(
-                 "Progreso: 1/2\n"
-                 "Se pasó por alto, porque su nombre no es UTF-8: fotos/\ufffd.jpg\n"
-                 "Sin terminar: fotos/sub/b.jpg (ahora fotos/sub/19J 500000 6000000.jpg): Error al abrir "
-                 "la imagen: fotos/sub/19J 500000 6000000.jpg\n"
-                 "No se pudo guardar la copia original de 2 fotos.\n"
-                 "Quedaron sin terminar 1 de 2 fotos.\n"));
-}
-
-// Neither a reader of the log who goes away nor closed streams stop a run, or get into its files.
-void VelmaroLoteTest::goesOnWithoutListeners()
-{
-    constexpr int count = 30;
-    for (const char *way : {"| head -1", ">&-", "2>&- >&- <&-", "2>&1 | true", "> /dev/full"}) {
-        startOver();
-        QDir().mkpath(path("fotos"));
-        for (int i = 0; i < count; ++i)
-            writePhoto(path(QStringLiteral("fotos/%1.jpg").arg(i)), plainImage({64, 48}), gpsTags());
-        QProcess shell;
-        shell.start(QStringLiteral("bash"),
-                    {QStringLiteral("-c"),
-                     QStringLiteral("'%1' '%2' --sin-respaldo %3; exit ${PIPESTATUS[0]}")
-                         .arg(QStringLiteral(VELMARO_LOTE), path("fotos"), QLatin1String(way))});
-        QVERIFY(shell.waitForFinished());
-        const bool full = QByteArray(way) == "> /dev/full";
-        QCOMPARE(shell.exitCode(), full ? 1 : 0);
-        QCOMPARE(shell.readAllStandardError().contains(
-                     "No se pudo escribir el registro: no queda espacio en el disco\n"),
-                 full);
-        QCOMPARE(photos().filter(QStringLiteral("19G")).size(), count);
-        for (const QString &name : photos()) {
-            const QByteArray photo = bytesOf(path("fotos/") + name);
-            QVERIFY2(photo.startsWith("\xff\xd8") && photo.endsWith("\xff\xd9"), way);
-        }
-    }
-}
-
-// The folder of the photos, or one below, mounted at another place.
-void VelmaroLoteTest::knowsMountedFolders()
-{
-    writePhoto(path("fotos/a.jpg"), plainImage({48, 16}), gpsTags());
-    writePhoto(path("fotos/sub/a.jpg"), plainImage({80, 16}), gpsTags());
-    const QByteArrayList before{contents("fotos/a.jpg"), contents("fotos/sub/a.jpg")};
-    for (const char *mounted : {"fotos", "fotos/sub"}) {
-        QProcess process;
-        bindFolder(process, path(mounted), path("salida"));
-        start(process, QStringLiteral("fotos --salida salida --subcarpetas --sin-renombrar"));
-        const int status = finish(process);
-        if (status == 77)
-            QSKIP("mounting is not allowed here");
-        QCOMPARE(status, 1);
-        QCOMPARE(QByteArrayList({contents("fotos/a.jpg"), contents("fotos/sub/a.jpg")}), before);
-    }
-}
-
-// Of a write-protected photo, or one in a write-protected folder as on a memory card, only copies are
-// stamped.
-void VelmaroLoteTest::keepsToPermissions()
-{
-    writePhoto(path("fotos/a.jpg"), plainImage({16, 16}));
-    const QByteArray original = contents("fotos/a.jpg");
-    QFile::setPermissions(path("fotos/a.jpg"), QFile::Permissions(0x4444));
-    for (const char *open : {"", "salida"})
-        QFile::setPermissions(path(open), QFile::Permissions(0x7777));
-    const QList<QPair<int, const char *>> cases = {{0x7777, "fotos --sin-renombrar --sin-respaldo"},
-                                                   {0x5555, "fotos --sin-renombrar --sin-respaldo"},
-                                                   {0x5555, "fotos --salida salida"}};
-    for (const auto &[permissions, arguments] : cases) {
-        QFile::setPermissions(path("fotos"), QFile::Permissions(permissions));
-        QProcess process;
-        bindToPermissions(process);
-        start(process, QString::fromUtf8(arguments));
-        const bool copies = QByteArray(arguments).contains("salida");
-        QCOMPARE(finish(process), copies ? 0 : 1);
-        QCOMPARE(m_output.contains(QLatin1String("Error guardando la imagen: permiso denegado")), !copies);
-        QCOMPARE(contents("fotos/a.jpg"), original);
-        QCOMPARE(photos().join(u' ').toUtf8(), "a.jpg sub");
-        QCOMPARE(QFile::exists(path("salida/19J 500000 6000000.jpg")), copies);
-    }
-    QFile::setPermissions(path("fotos"), QFile::Permissions(0x7777));
-}
 
 QTEST_MAIN(VelmaroLoteTest)
 #include "velmarolote.moc"

@@ -28,6 +28,14 @@ protected:
     /// A path beside the folder of photos.
     QString path(const QString &name) const { return m_folder->filePath(name); }
 
+    /// A path in the folder of photos; its folder is there.
+    QString photo(const QByteArray &name) const
+    {
+        const QString path = m_root + u'/' + QString::fromUtf8(name);
+        QDir().mkpath(QFileInfo(path).path());
+        return path;
+    }
+
     /// Writes a coordinates file and makes it the source of the data.
     void writeTable(const QByteArray &rows)
     {

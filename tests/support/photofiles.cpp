@@ -10,15 +10,11 @@
 namespace
 {
 
-// The library's own parser stops at the largest signed number.
-Exiv2::URationalValue rationals(const QByteArray &text)
+Exiv2Compat::ImagePtr opened(const QString &path)
 {
-    Exiv2::URationalValue value;
-    for (const QByteArray &rational : text.split(' ')) {
-        const QByteArrayList parts = rational.split('/');
-        value.value_.emplace_back(parts.at(0).toUInt(), parts.at(1).toUInt());
-    }
-    return value;
+    Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
+    file->readMetadata();
+    return file;
 }
 
 } // namespace
@@ -30,14 +26,13 @@ QImage plainImage(QSize size, const QColor &colour)
     return image;
 }
 
-void writePhoto(const QString &path, const QImage &image, const Tags &tags, const QByteArray &iccProfile)
+void writePhoto(const QString &path, const QImage &image, const Tags &tags)
 {
     if (!image.save(path, nullptr, 95))
         qFatal("cannot write %s", qPrintable(path));
-    if (tags.isEmpty() && iccProfile.isEmpty())
+    if (tags.isEmpty())
         return;
-    const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
-    file->readMetadata();
+    const Exiv2Compat::ImagePtr file = opened(path);
     for (auto tag = tags.begin(); tag != tags.end(); ++tag) {
         const std::string key = tag.key().toStdString();
         const std::string value = tag.value().toStdString();
@@ -45,21 +40,10 @@ void writePhoto(const QString &path, const QImage &image, const Tags &tags, cons
             file->iptcData()[key] = value;
         else if (tag.key().startsWith("Xmp."))
             file->xmpData()[key] = value;
-        else if (tag.value().contains('/'))
-            file->exifData()[key] = rationals(tag.value());
         else
             file->exifData()[key] = value;
     }
-    if (!iccProfile.isEmpty())
-        Exiv2Compat::setIccProfile(*file, iccProfile);
     file->writeMetadata();
-}
-
-QByteArray iccProfileOf(const QString &path)
-{
-    const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
-    file->readMetadata();
-    return Exiv2Compat::iccProfile(*file);
 }
 
 Tags gpsTags()
@@ -75,19 +59,13 @@ Tags gpsTags()
 
 QByteArray tagOf(const QString &path, const QByteArray &key)
 {
-    try {
-        const Exiv2Compat::ImagePtr file = Exiv2::ImageFactory::open(qPathToNativeStdString(path));
-        file->readMetadata();
-        const std::string name = key.toStdString();
-        if (key.startsWith("Iptc."))
-            return QByteArray::fromStdString(file->iptcData()[name].toString());
-        if (key.startsWith("Xmp."))
-            return QByteArray::fromStdString(file->xmpData()[name].toString());
-        const auto tag = file->exifData().findKey(Exiv2::ExifKey(name));
-        return tag == file->exifData().end() ? QByteArray() : QByteArray::fromStdString(tag->toString());
-    } catch (const std::exception &) {
-        return {};
-    }
+    const Exiv2Compat::ImagePtr file = opened(path);
+    const std::string name = key.toStdString();
+    if (key.startsWith("Iptc."))
+        return QByteArray::fromStdString(file->iptcData()[name].toString());
+    if (key.startsWith("Xmp."))
+        return QByteArray::fromStdString(file->xmpData()[name].toString());
+    return QByteArray::fromStdString(file->exifData()[name].toString());
 }
 
 QByteArray bytesOf(const QString &path)

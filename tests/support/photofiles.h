@@ -17,19 +17,15 @@ using Tags = QMap<QByteArray, QByteArray>;
 /// An image of one colour.
 QImage plainImage(QSize size, const QColor &colour = QColor(40, 90, 60));
 
-/// Encodes `image` into a file of the format that its suffix names, and puts the tags and the colour profile
-/// into it. Fails the program when it cannot.
-void writePhoto(const QString &path, const QImage &image, const Tags &tags = {},
-                const QByteArray &iccProfile = {});
-
-/// The colour profile in a file.
-QByteArray iccProfileOf(const QString &path);
+/// Encodes `image` into a file of the format that its suffix names, and puts the tags into it. Fails the
+/// program when it cannot.
+void writePhoto(const QString &path, const QImage &image, const Tags &tags = {});
 
 /// The tags of a position in 33° 27' S, 70° 40' W, heading 90.5, altitude 520.25 m, taken at 2024:03:05
 /// 14:07:09.
 Tags gpsTags();
 
-/// The text of a tag in a file; empty when there is none or the file cannot be read.
+/// The text of a tag in a photo; empty when there is none.
 QByteArray tagOf(const QString &path, const QByteArray &key);
 
 /// The whole contents of a file.
