@@ -317,7 +317,7 @@ END
     {
         const QByteArray task = "--salida salida --reanudar --parte 1/2 fotos";
         QCOMPARE(run(task), "0 ");
-        QCOMPARE(run(task, "flock salida/.velmaro-diario-1-de-2"),
+        QCOMPARE(run(task, "flock -s salida/.velmaro-diario-1-de-2"),
                  "2 Otra tarea trabaja ya en esta parte: ./salida/.velmaro-diario-1-de-2");
         for (const QByteArray other : {" --parte 1/3", " --parte 2/2 --prefijo p", " --calidad 50", "/sub",
                                        " --coordenadas salida/.velmaro-diario-1-de-2", " --sin-incrustar"}) {
