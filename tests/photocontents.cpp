@@ -388,6 +388,7 @@ private slots:
     void keepsTheDensity()
     {
         const QByteArray x = "Exif.Image.XResolution", y = "Exif.Image.YResolution";
+        m_options.drawData = true; // with letters, whose size does not go by it
         const Tags perInch{{x, "300/1"}, {y, "400/1"}};
         const auto jfif = [](int unit, int across, int down) {
             return segment(0xe0, "JFIF\0\1\2"_ba + bigEndian(unit, 1) + bigEndian(across, 2) +
