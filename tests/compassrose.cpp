@@ -59,20 +59,6 @@ class CompassRoseTest : public QObject
         }
     }
 
-    static void paintPointer(QPainter &painter, int style)
-    {
-        const QPolygonF pointers[] = {{{{0, -96}, {80, 64}, {0, 64}}},
-                                      {{{0, -96}, {80, 64}, {0, 64}}},
-                                      {{{0, -190}, {23.75, 19}, {-23.75, 19}}},
-                                      {{{0, -180}, {28.87, -130}, {-28.87, -130}}}};
-        painter.setPen(style < 2 ? QPen(Qt::red, 6) : Qt::NoPen);
-        painter.setBrush(Qt::red);
-        painter.drawPolygon(pointers[style]);
-        painter.setBrush(Qt::white);
-        if (style < 2)
-            painter.drawPolygon(QPolygonF({{0, -96}, {-80, 64}, {0, 64}}));
-    }
-
     static QImage expected(int style, double heading, const char *text, bool dialTurns, int ring)
     {
         QImage image(400, 400, QImage::Format_ARGB32);
@@ -83,7 +69,16 @@ class CompassRoseTest : public QObject
         painter.rotate(dialTurns ? -heading : 0);
         paintDial(painter, style, ring);
         painter.rotate(heading);
-        paintPointer(painter, style);
+        const QPolygonF pointers[] = {{{{0, -96}, {80, 64}, {0, 64}}},
+                                      {{{0, -96}, {80, 64}, {0, 64}}},
+                                      {{{0, -190}, {23.75, 19}, {-23.75, 19}}},
+                                      {{{0, -180}, {28.87, -130}, {-28.87, -130}}}};
+        painter.setPen(style < 2 ? QPen(Qt::red, 6) : Qt::NoPen);
+        painter.setBrush(Qt::red);
+        painter.drawPolygon(pointers[style]);
+        painter.setBrush(Qt::white);
+        if (style < 2)
+            painter.drawPolygon(QPolygonF({{0, -96}, {-80, 64}, {0, 64}}));
         painter.rotate(dialTurns ? 0 : -heading);
         painter.setPen(Qt::white);
         painter.setFont(stampFont(44, QFont::Bold));
@@ -114,7 +109,6 @@ private slots:
     void takesAnything()
     {
         QVERIFY(drawCompassRose(0, 0, 0.2, fontPath, false, 2, Qt::red).isNull());
-        QVERIFY(!drawCompassRose(1, 0, 0.2, fontPath, false, 1, Qt::red).isNull());
         for (const double heading : {qInf(), -1e300, qQNaN()}) {
             for (int style = -1; style < 5; ++style)
                 QCOMPARE(rose(style, heading, true, 0.2).pixel(200, 100) != 0, style >= 0 && style < 4);

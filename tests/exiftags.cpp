@@ -27,7 +27,7 @@ private slots:
         const QString date = u" 20240305 140709"_s;
         const std::pair<Tags, QString> cases[] = {
             // an empty value takes a tag away
-            {{{image, early}}, u"-33.45 -70.6667 90.5 520.25"_s + date},
+            {{{image, early}, {altitude + "Ref", "0"}}, u"-33.45 -70.6667 90.5 520.25"_s + date},
             {{{latitude + "Ref", "N"}, {longitude + "Ref", "E"}}, u"33.45 70.6667 90.5 520.25"_s + date},
             {{{latitude + "Ref", ""}}, u"none"_s + date},
             {{{longitude, ""}}, u"none"_s + date},
@@ -35,8 +35,7 @@ private slots:
             {{{latitude, "33/1 27/1 3600/100"}}, u"-33.46 -70.6667 90.5 520.25"_s + date},
             {{{heading, ""}, {altitude, ""}}, u"-33.45 -70.6667 0 0"_s + date},
             {{{altitude, "120/1"}, {altitude + "Ref", "1"}}, u"-33.45 -70.6667 90.5 -120"_s + date},
-            {{{latitude + "Ref", "s"}, {longitude + "Ref", "w"}, {altitude + "Ref", "0"}},
-             u"-33.45 -70.6667 90.5 520.25"_s + date},
+            {{{latitude + "Ref", "s"}, {longitude + "Ref", "w"}}, u"-33.45 -70.6667 90.5 520.25"_s + date},
             {{{heading, "-10/1"}, {altitude, "5/0"}}, u"-33.45 -70.6667 -10 inf"_s + date},
             {{{latitude, ""}, {original, "0000:00:00 00:00:00"}, {image, early}}, u"none 20230102 030405"_s},
             {{{latitude, ""}, {original, ""}, {image, early}}, u"none 20230102 030405"_s},

@@ -16,7 +16,6 @@ struct Coding {
     QSize factors{2, 2};
     J_COLOR_SPACE colours = JCS_YCbCr;
     bool progressive = false;
-    bool arithmetic = false;
 };
 
 QByteArray encoded(const QImage &image, int quality, const Coding &coding)
@@ -35,7 +34,6 @@ QByteArray encoded(const QImage &image, int quality, const Coding &coding)
         jpeg_set_colorspace(encoder.get(), coding.colours);
         encoder->comp_info[0].h_samp_factor = coding.factors.width();
         encoder->comp_info[0].v_samp_factor = coding.factors.height();
-        encoder->arith_code = coding.arithmetic ? TRUE : FALSE;
         if (coding.progressive)
             jpeg_simple_progression(encoder.get());
         jpeg_start_compress(encoder.get(), TRUE);
@@ -148,22 +146,17 @@ private slots:
 
     void changesOnlyWhereTheStampIs()
     {
-        struct {
-            const char *name;
-            QSize size;
-            Coding coding = {};
-            bool othersToo = true; ///< not the photo's own tables alone
-        } const cases[] = {
-            {"4:2:0", {403, 301}, {}},
-            {"4:2:2", {403, 301}, {.factors{2, 1}}},
-            {"4:4:0", {403, 301}, {.factors{1, 2}}},
-            {"4:4:4", {403, 301}, {.factors{1, 1}}},
+        // the last: whether other tables than the photo's own will do too
+        const std::tuple<const char *, QSize, Coding, bool> cases[] = {
+            {"4:2:0", {403, 301}, {}, true},
+            {"4:2:2", {403, 301}, {.factors{2, 1}}, true},
+            {"4:4:0", {403, 301}, {.factors{1, 2}}, true},
+            {"4:4:4", {403, 301}, {.factors{1, 1}}, true},
             {"4:1:1", {403, 301}, {.factors{4, 1}}, false},
-            {"whole MCUs", {400, 288}, {}},
+            {"whole MCUs", {400, 288}, {}, true},
             {"smaller than the stamp", {50, 30}, {}, false},
-            {"RGB", {403, 301}, {.factors{1, 1}, .colours = JCS_RGB}},
-            {"progressive", {403, 301}, {.progressive = true}},
-            {"arithmetic", {403, 301}, {.arithmetic = true}},
+            {"RGB", {403, 301}, {.factors{1, 1}, .colours = JCS_RGB}, true},
+            {"progressive", {403, 301}, {.progressive = true}, true},
         };
         int orientation = 0;
         for (const auto &[name, size, coding, othersToo] : cases) {

@@ -68,7 +68,7 @@ class OverlayTest : public QObject
     QImage stamped(QSize stored = picture) const
     {
         QImage image = plainImage(stored, Qt::blue);
-        image.setDotsPerMeterX(11811); // does not make letters larger
+        image.setDotsPerMeterY(11811); // does not make letters larger
         drawOverlay(image, m_data, m_options, m_resources, {});
         return image;
     }
@@ -97,11 +97,8 @@ class OverlayTest : public QObject
 private slots:
     void init()
     {
-        m_data = {QDateTime({2024, 3, 5}, {14, 7, 9}),
-                  {19, 'H', 345678.4, 6298765.6},
-                  GeoPosition{-33.45, -70.6666666667},
-                  270.5,
-                  -12.5};
+        const GeoPosition geo{-33.45, -70.6666666667};
+        m_data = {QDateTime({2024, 3, 5}, {14, 7, 9}), {19, 'H', 345678.4, 6298765.6}, geo, 270.5, -12.5};
         m_options = ProcessOptions();
         m_options.drawData = m_options.drawTime = m_options.bgText = true;
         m_options.fontSizeRatio = 0.04;
