@@ -139,7 +139,6 @@ private slots:
     void writesTheLinesAskedFor()
     {
         const QString heading = u"271° W"_s;
-        const QString dms = u"33° 27' 0\" S 70° 40' 0\" W"_s;
         const QString day = u"05/03/2024"_s;
         QCOMPARE(stamped(), expected({{date, utm}}));
         m_options.drawAltitude = true;
@@ -147,7 +146,7 @@ private slots:
         m_options.drawOrientation = true;
         QCOMPARE(stamped(), expected({{date, utm, heading, altitude}}));
         m_options.drawGeo = true;
-        QCOMPARE(stamped(), expected({{date, dms, heading, altitude}}));
+        QCOMPARE(stamped(), expected({{date, u"33° 27' 0\" S 70° 40' 0\" W"_s, heading, altitude}}));
         m_data.geo.reset();
         // Another wording is another block, painted earlier or later by its text.
         m_options.altitudePosition = u"1 abajo derecha"_s;
@@ -171,7 +170,7 @@ private slots:
         m_options.addCompass = true;
         m_data.orientation.reset();
         QCOMPARE(areas(), QList<QRect>());
-        m_data.orientation = 1234567.0;
+        m_data.orientation = 42.0;
         m_options.logoRatio = 0.2;
         m_options.logoPosition = u"Abajo-Izquierda"_s; // no corner, as none at all
         QCOMPARE(areas(), QList<QRect>({{10, 10, 120, 60}, {500, 350, 90, 90}}));
