@@ -195,7 +195,6 @@ private slots:
         const Overlay stamp = overlay(m_photo.size());
         const std::pair<const char *, QByteArray> cases[] = {
             {"without its end", jpeg.chopped(2)},
-            {"without its end, in several scans", encoded(m_photo, 85, {.progressive = true}).chopped(2)},
             {"damaged", with(jpeg.size() / 2, QByteArray(40, '\xff'))},
             {"a step of zero", with(jpeg.indexOf("\xff\xdb") + 7, QByteArray(1, '\0'))},
             {"grey", encoded(m_photo, 85, {{1, 1}, JCS_GRAYSCALE})},
