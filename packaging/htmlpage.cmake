@@ -3,6 +3,17 @@
 execute_process(COMMAND ${PROGRAM} --extension table --extension autolink ${SOURCE} OUTPUT_VARIABLE body
     COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCH "<h1>([^<]*)</h1>" heading "${body}")
+set(title "${CMAKE_MATCH_1}")
+# The contents of a page lead to its headings by names that cmark-gfm leaves to whoever shows the page.
+string(REGEX MATCHALL "<h[23]>[^<]*</h[23]>" headings "${body}")
+foreach(heading IN LISTS headings)
+    string(REGEX REPLACE "<h([23])>(.*)</h[23]>" "\\2" text "${heading}")
+    set(level ${CMAKE_MATCH_1})
+    string(TOLOWER "${text}" name)
+    string(REGEX REPLACE "[,.:()]" "" name "${name}")
+    string(REPLACE " " "-" name "${name}")
+    string(REPLACE "${heading}" "<h${level} id=\"${name}\">${text}</h${level}>" body "${body}")
+endforeach()
 # Pages refer to each other by the names of their sources.
 string(REGEX REPLACE "href=\"([a-z-]+)\\.md" "href=\"\\1.html" body "${body}")
 file(WRITE ${PAGE} "<!DOCTYPE html>
@@ -10,7 +21,7 @@ file(WRITE ${PAGE} "<!DOCTYPE html>
 <head>
 <meta charset=\"utf-8\">
 <meta name=\"viewport\" content=\"width=device-width\">
-<title>${CMAKE_MATCH_1}</title>
+<title>${title}</title>
 <style>
 body { max-width: 46em; margin: 2em auto; padding: 0 1em; font-family: sans-serif; line-height: 1.5; color: #222 }
 img { max-width: 100% }

@@ -15,7 +15,7 @@ _velmaro_lote()
             return
             ;;
         --logo)
-            _filedir '@(png|jpg|jpeg|bmp|gif|svg|tiff)'
+            _filedir '@(png|jpg|jpeg|bmp|gif|tiff)'
             return
             ;;
         --salida)

@@ -1,367 +1,351 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "photofiles.h"
-#include "support/windowdriver.h"
+#include "support/windowfixture.h"
 
-#include <QComboBox>
-#include <QDir>
-#include <QDoubleSpinBox>
-#include <QJsonObject>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenuBar>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTest>
+using namespace Qt::StringLiterals;
 
-/// The window at rest: its start, what its widgets do, and the preview.
-class MainWindowTest : public QObject
+int velmaroMain(int argc, char *argv[]);
+
+/// The program's start, and what each widget of its window says and does.
+class MainWindowTest : public WindowFixture
 {
     Q_OBJECT
 
-public:
-    static void initMain() { WindowDriver::prepareProcess(); }
-
 private slots:
-    void init() { m_driver = std::make_unique<WindowDriver>(); }
-    void cleanup() { m_driver.reset(); }
-    void startsAsDescribed();
-    void eachWidgetFeedsItsOption();
-    void prefixNeedsRenaming();
-    void browsesPhotos();
-    void previewsWithoutATrace();
-    void previewsAsAViewerShows();
-    void tellsWhatCannotBeShown();
-    void drawsQuickChangesOnce();
-    void listsATypedPathWhenTypingPauses();
+    void init() { startOver(); }
+
+    void startsInSpanish()
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        const auto isShown = [](const QWidget *widget) {
+            return widget->isVisible() &&
+                   widget->windowTitle() ==
+                       u"Velmaro: Renombrador/Incrustador de coordenadas UTM en fotografías";
+        };
+        QCOMPARE(std::count_if(windows.begin(), windows.end(), isShown), 2); // that of the program, and ours
+        QVERIFY(!QApplication::windowIcon().pixmap(16).isNull());
+        QStringList found{QApplication::organizationName(),
+                          QApplication::applicationName(),
+                          QGuiApplication::desktopFileName(),
+                          QLocale().name(),
+                          QLocale::system().monthName(3),
+                          QCoreApplication::translate("QPlatformTheme", "Cancel"),
+                          QCoreApplication::translate("QAbstractFileIconProvider", "Folder"),
+                          QCoreApplication::translate("QAbstractFileIconProvider", "Drive"),
+                          QCoreApplication::translate("other", "Folder")};
+        for (const char *variable : {"LC_ALL", "LC_CTYPE", "LC_TIME", "LC_MESSAGES", "LANGUAGE"})
+            found.append(qEnvironmentVariable(variable));
+        QCOMPARE(found.join(u' '),
+                 u"Velmaro Velmaro velmaro es_ES marzo Cancelar Carpeta Unidad Folder  C.UTF-8 "
+                 "es_ES.UTF-8 es_ES.UTF-8 es"_s);
+    }
+
+    // How the window begins, in the order of the keyboard, and behind each arrow what comes of using that
+    // widget.
+    void saysAndDoesWhatIsDescribed()
+    {
+        QString expected = uR"(
+-(hidden) &Archivo
+-(hidden) Perfiles
+presetCombo(hidden) Perfil of 0 ? > 0
+loadPresetButton(hidden) Cargar perfil Cargar ? > Cargar Perfil Perfiles (*.json) 0, 1 compassStyle=0 drawGeo=true
+    fontPath= fontEdit drawGeoCheck compassStyleCombo *
+savePresetButton(hidden) Guardar perfil Guardar ? > Guardar Perfil Perfiles (*.json) 0, 1 presetCombo(hidden)
+-(hidden) &Herramientas
+- Archivos de Entrada
+directoryEdit Carpeta de Fotos: > 0 directory=otro previewLabel nextButton(disabled); 0; 1 directory=/fotos/
+    nextButton photoCaption
+selectDirButton Seleccionar carpeta de fotos Seleccionar > Seleccionar Directorio 0, 0 directory= directoryEdit
+    previewLabel nextButton(disabled)
+subdirsCheck [ ] Incluir subdirectorios ? > 1 includeSubfolders=true
+logoEdit Logo (opcional): read-only ? > 1; 1 logoPath=/archivo.csv; 1 directory=/fotos/ directoryEdit
+selectLogoButton Seleccionar logo Seleccionar > Seleccionar Logo Image Files (*.png *.jpg *.jpeg *.tiff) 0, 1
+    logoPath=/archivo.csv logoEdit *
+fontEdit Fuente (opcional): notosans.ttf read-only ? > 1; 1 fontPath=/archivo.csv; 1 directory=/fotos/ directoryEdit
+selectFontButton Seleccionar fuente Seleccionar > Seleccionar Fuente Font Files (*.ttf *.otf) All Files (*) 0, 1
+    fontPath=/archivo.csv fontEdit *
+- Modo de Obtención de Coordenadas
+exifRadio [x] Desde EXIF de las fotos ? > 0
+txtRadio [ ] Desde archivo .csv ? > 2 useExif=false exifRadio txtGroup
+txtGroup(hidden) Archivo CSV > 0
+txtPathEdit Ruta del archivo: > 1 txtPath=otro; 1 txtPath=/archivo.csv; 1 directory=/fotos/ directoryEdit
+selectTxtButton Seleccionar archivo CSV Seleccionar > Seleccionar Archivo CSV CSV Files (*.csv *.txt) All Files (*) 0,
+    1 txtPath=/archivo.csv txtPathEdit
+createSampleButton Crear archivo de ejemplo ? > Guardar Archivo de Ejemplo CSV CSV Files (*.csv) 0, 1
+    txtPath=/archivo.csv txtPathEdit
+populateAltitudeButton Rellenar altitud desde API ? > Error: Por favor, seleccione un archivo CSV válido. 0, 0
+overwriteAltitudeCheck [x] Sobrescribir altitudes existentes ? > 0
+sampleFromExifCheck [x] Usar datos EXIF para crear el ejemplo ? > 0
+embedCsvCheck [x] Incrustar datos del CSV en el EXIF ? > 0 embedCsvInExif=false
+- Opciones de Renombrado
+renameCheck [x] Renombrar fotos con coordenadas UTM ? > 0 renamePhotos=false prefixCheck(disabled) *
+prefixCheck [ ] Agregar prefijo al nombre ? > 0 usePrefix=true prefixEdit *
+prefixEdit(disabled) Prefijo XXX_XXX_SA_ ? > 0 prefix=otro *; 0; 1 directory=/fotos/ directoryEdit
+- Opciones de Salida
+outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada ? > 0 useOutputFolder=true outputFolderEdit
+    selectOutputButton backupCheck(disabled)
+outputFolderEdit(disabled) Carpeta de salida ? > 0 outputFolder=otro; 0; 0 outputFolder=/fotos/
+selectOutputButton(disabled) Seleccionar carpeta de salida Seleccionar > Seleccionar Carpeta de Salida 0, 0
+    outputFolder= outputFolderEdit(disabled)
+backupCheck [x] Realizar copia de seguridad de las fotos originales ? > 0 createBackup=false
+- Nota: La copia de seguridad se ignora si se usa una carpeta de salida. font-style: italic; color: grey;
+drawDataCheck [x] Dibujar datos (coordenadas, fecha) en las fotos > 1 drawData=false bgTextCheck(disabled) *
+- Configuración del Texto
+dtPositionCombo Posición Fecha/Hora: abajo-derecha of 4 > 1 dtPosition=arriba-izquierda *
+coordsPositionCombo Posición Coordenadas: abajo-derecha of 4 > 1 coordsPosition=arriba-izquierda *
+orientationPositionCombo Posición Orientación: abajo-derecha of 4 > 1 orientationPosition=arriba-izquierda *
+altitudePositionCombo Posición Altitud: abajo-derecha of 4 > 1 altitudePosition=arriba-izquierda *
+fontSizeSpin Tamaño de Fuente (ratio): 0,0300 in 0,0010 to 0,2000 by 0,0010 when done ? > 1 fontSizeRatio=0.001 *
+colorSwatch background-color: #FFFFFF > 0
+selectColorButton Color de Fuente: Seleccionar color de fuente Seleccionar Color > Seleccionar Color Fuente #ffffff 0,
+    1 fontColor=#010203 colorSwatch *
+drawOrientationCheck [x] Dibujar orientación (ej: 090° E) ? > 1 drawOrientation=false *
+drawAltitudeCheck [x] Dibujar altitud (ej: Alt: 123 m) > 1 drawAltitude=false *
+drawTimeCheck [x] Incluir hora (además de la fecha) > 1 drawTime=false *
+bgTextCheck [x] Agregar fondo al texto ? > 1 bgText=false *
+drawGeoCheck [ ] Dibujar coordenadas geográficas (Lat/Lon DMS) ? > 1 drawGeo=true *
+- Configuración del Logo
+logoCheck [x] Incrustar logo en las fotos > 1 drawLogo=false logoEdit(disabled) selectLogoButton(disabled)
+logoPositionCombo Posición del Logo: arriba-izquierda of 4 > 1 logoPosition=arriba-derecha *
+logoSizeSpin Tamaño del Logo (ratio): 0,20 in 0,01 to 0,30 by 0,01 ? > 1 logoRatio=0.01 *
+compassCheck [x] Dibujar rosa de los vientos (si hay datos de orientación) > 1 addCompass=false
+    rotateCompassCheck(disabled) *
+- Configuración de la Rosa de Vientos
+compassPositionCombo Posición: Posición de la rosa abajo-izquierda of 4 > 1 compassPosition=arriba-izquierda *
+compassSizeSpin Tamaño (ratio): Tamaño de la rosa (ratio) 0,18 in 0,05 to 0,50 by 0,01 ? > 1 compassRatio=0.05 *
+compassStyleCombo Estilo: Clásico of 4 > 1 compassStyle=0 *
+arrowColorSwatch background-color: #ff0000 > 0
+selectArrowColorButton Color de Flecha: Seleccionar color de flecha Seleccionar Color > Seleccionar Color de Flecha
+    #ff0000 1, 2 compassArrowColor=#010203 arrowColorSwatch *
+rotateCompassCheck [ ] Rotar rosa (flecha siempre apunta arriba) ? > 1 rotateCompass=true *
+startButton Iniciar Proceso QPushButton { font-size: 16px; padding: 8px; } > Error: Seleccione un archivo de logo
+    válido. 0, 0
+- Log de Procesos
+logView Log de Procesos read-only > 0
+previewGroup Vista Previa Interactiva > 0
+previewLabel Seleccione una carpeta con imágenes para activar la vista previa. > 0
+prevButton(disabled) Anterior > 0
+nextButton(disabled) Siguiente > 1 prevButton nextButton(disabled) photoCaption
+- Velmaro VERSION)"_s.sliced(1);
+        expected.replace(u"\n    "_s, u" "_s);
+        QStringList actual = state();
+        for (QString &line : actual) {
+            line.replace(QApplication::applicationVersion(), u"VERSION"_s);
+            const QString name = line.section(QRegularExpression(u"[ (]"_s), 0, 0);
+            if (name != u'-')
+                line += u" > " + useOf(name);
+        }
+        QCOMPARE(entriesOf(u"compassStyleCombo"_s), u"Estilo Puntos,Estilo Graduado,Clásico,Numerado"_s);
+        QCOMPARE(actual, expected.split(u'\n'));
+    }
+
+    void loadsProfilesUnevenly()
+    {
+        showPhotos(1);
+        const QByteArray rich = R"({"logoPath": "/l/logo.png", "fontSizeRatio": 5, "compassStyle": 3,
+        "fontColor": "gold", "drawData": false, "renamePhotos": false, "usePrefix": true})";
+        QCOMPARE(effectOf([&] { everythingAfter(rich); }),
+                 u"1 compassStyle=3 drawData=false fontColor=gold fontPath= fontSizeRatio=0.2 "
+                 "logoPath=/l/logo.png renamePhotos=false usePrefix=true logoEdit fontEdit renameCheck "
+                 "prefixCheck(disabled) drawDataCheck fontSizeSpin colorSwatch bgTextCheck(disabled) "
+                 "compassStyleCombo"_s);
+        QCOMPARE(textOf(find(u"logoEdit"_s)), u"logo.png"_s);
+        const QByteArray poor =
+            R"({"fontColor": "red; min-width: 9px", "compassArrowColor": "?", "renamePhotos": true})";
+        QCOMPARE(effectOf([&] { everythingAfter(poor); }),
+                 u"1 compassStyle=0 logoPath= renamePhotos=true logoEdit renameCheck prefixCheck prefixEdit "
+                 "compassStyleCombo"_s);
+        QCOMPARE(effectOf([&] { everythingAfter("[1, 2"); }), u"0"_s);
+    }
+
+    void listsSavedProfiles()
+    {
+        auto *combo = find<QComboBox>(u"presetCombo"_s);
+        QDir(path()).mkpath(u"otra"_s);
+        // One name in two folders is one entry; a name without suffix gets one; where nothing can be written,
+        // nothing is said, and the name is listed.
+        for (const QString &file :
+             {u"estilo.final.json"_s, u"perfil uno"_s, u"otra/estilo.json"_s, u"/proc/nada.json"_s}) {
+            type(u"prefixEdit"_s, file);
+            dialogOf(u"savePresetButton"_s, QDir(path()).absoluteFilePath(file));
+        }
+        QCOMPARE(entriesOf(u"presetCombo"_s), u"estilo,perfil uno,nada"_s);
+        QVERIFY(bytesOf(path(u"perfil uno.json"_s)).contains("\"prefix\": \"perfil uno\""));
+
+        // The profile that is shown is applied again when it is chosen again.
+        combo->setCurrentIndex(1);
+        combo->setCurrentIndex(0);
+        QCOMPARE(textOf(find(u"prefixEdit"_s)), u"otra/estilo.json"_s);
+        QCoreApplication::processEvents();
+        type(u"prefixEdit"_s, u"otro"_s);
+        emit combo->activated(0);
+        QCOMPARE(textOf(find(u"prefixEdit"_s)), u"otra/estilo.json"_s);
+        type(u"prefixEdit"_s, u"otro"_s);
+        QStringList dialogs;
+        for (QWidgetAction *entry : window->findChildren<QWidgetAction *>()) { // as the Enter key does
+            m_dialog.clear();
+            answerNextDialog({});
+            entry->trigger();
+            dialogs.append(m_dialog.section(u' ', 0, 0));
+        }
+        QCOMPARE(textOf(find(u"prefixEdit"_s)) + dialogs.join(u' '), u"otra/estilo.json Cargar Guardar"_s);
+    }
+
+    // By keys with a comma and a dot alike; by the wheel only with the focus.
+    void changesNumbers()
+    {
+        find<QTabWidget>(u"tabs"_s)->setCurrentIndex(1);
+        auto *spin = find<QDoubleSpinBox>(u"fontSizeSpin"_s);
+        QStringList values;
+        const auto turnWheel = [&] {
+            const QPointF middle = spin->rect().center();
+            QWheelEvent event(middle, spin->mapToGlobal(middle), {}, {0, 120}, Qt::NoButton, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(spin, &event);
+            values.append(QString::number(spin->value()));
+        };
+        turnWheel();
+        window->activateWindow();
+        spin->setFocus();
+        QTRY_VERIFY(spin->hasFocus());
+        turnWheel();
+        for (const auto language : {QLocale::C, QLocale::Spanish}) {
+            spin->setLocale(language);
+            for (const QString &text : {u"0.05\r"_s, u"0,07\r"_s}) {
+                spin->selectAll();
+                QTest::keyClicks(spin, text);
+                values.append(QString::number(spin->value()));
+            }
+        }
+        QCOMPARE(values.join(u' '), u"0.03 0.031 0.05 0.07 0.05 0.07"_s);
+    }
+
+    // The panel never scrolls sideways, and at the window's own size not up and down either; no button is cut
+    // off.
+    void fitsIntoScreens()
+    {
+        // The smallest screen that is expected: 1280 × 800 at a scale of 1.5, below a title bar.
+        const QSize smallest = window->minimumSizeHint();
+        QVERIFY(smallest.width() <= 853 && smallest.height() <= 500);
+        const QFont usual = QApplication::font();
+        QFont large = usual;
+        large.setPixelSize(17);
+        const QStringList titles{u"General"_s, u"Texto"_s, u"Logo"_s, u"Rosa de Vientos"_s};
+        for (const auto &[font, size] : {std::pair{large, QSize(1024, 700)}, {usual, QSize(1280, 779)}}) {
+            QApplication::setFont(font);
+            startOver();
+            QVERIFY(window->screen()->availableGeometry().contains(window->geometry()));
+            window->showNormal();
+            window->resize(size);
+            window->activateWindow();
+            check(u"txtRadio"_s);
+            auto *tabs = find<QTabWidget>(u"tabs"_s);
+            for (int index = 0; index < tabs->count(); ++index) {
+                tabs->setCurrentIndex(index);
+                QCOMPARE(tabs->tabText(index), titles[index]);
+                QCoreApplication::processEvents();
+                const auto *area = qobject_cast<QScrollArea *>(tabs->widget(index));
+                QVERIFY(area->widget()->minimumSizeHint().width() <= area->viewport()->width());
+                QTRY_VERIFY(font == large || area->widget()->height() <= area->viewport()->height());
+                const QWidgetList widgets = area->widget()->findChildren<QWidget *>();
+                for (const QWidget *one : widgets) {
+                    for (const QWidget *other : widgets)
+                        QVERIFY(one == other || one->parent() != other->parent() || !one->isVisible() ||
+                                !other->isVisible() || !one->geometry().intersects(other->geometry()));
+                }
+                for (QCheckBox *check : area->findChildren<QCheckBox *>()) {
+                    const QRect besideTheBox(0, 0, check->width() - 14, QWIDGETSIZE_MAX);
+                    const QRect text =
+                        check->fontMetrics().boundingRect(besideTheBox, Qt::TextWordWrap, check->text());
+                    QVERIFY2(check->height() >= text.height(), qPrintable(check->text()));
+                    check->setFocus();
+                    const QImage before = check->grab().toImage(); // the last line, too, takes a click
+                    QTest::mouseClick(check, Qt::LeftButton, {}, {check->width() / 2, check->height() - 2});
+                    QCOMPARE(check->grab().toImage() != before, check->isEnabled());
+                }
+            }
+            QCOMPARE(window->size(), size);
+            QVERIFY(find(u"controlPanel"_s)->rect().contains(find(u"startButton"_s)->geometry()));
+        }
+    }
 
 private:
-    std::unique_ptr<WindowDriver> m_driver;
+    static void drop(QWidget *target, const QString &path)
+    {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path)});
+        data.setText(data.urls().constFirst().toString());
+        const Qt::DropActions actions =
+            Qt::CopyAction | Qt::MoveAction; // a move is proposed, which would delete it
+        QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, Qt::ShiftModifier);
+        QCoreApplication::sendEvent(target, &enter);
+        if (!enter.isAccepted())
+            return;
+        QDropEvent event({5, 5}, actions, &data, Qt::LeftButton, Qt::ShiftModifier);
+        QCoreApplication::sendEvent(target, &event);
+        QCOMPARE(event.dropAction(), Qt::CopyAction);
+    }
+
+    // What comes of using a widget once. A dialog is first cancelled; what is dropped on a field is first a
+    // file, then a folder. A star tells that a profile keeps the last change.
+    QString useOf(const QString &name)
+    {
+        startOver();
+        failPreviews();
+        showPhotos(2);
+        const QString file = path(u"archivo.csv"_s);
+        writeText(file, R"({"drawGeo": true})");
+        auto *widget = find(name);
+        widget->setEnabled(true);
+        QString answer;
+        const auto use = [&] {
+            if (auto *combo = qobject_cast<QComboBox *>(widget))
+                combo->setCurrentIndex(combo->currentIndex() == 0 ? 1 : 0);
+            else if (auto *edit = qobject_cast<QLineEdit *>(widget))
+                edit->setText(u"otro"_s);
+            else if (auto *spin = qobject_cast<QDoubleSpinBox *>(widget))
+                spin->setValue(spin->minimum());
+            else if (qobject_cast<QPushButton *>(widget))
+                dialogOf(name, answer);
+            else if (auto *button = qobject_cast<QAbstractButton *>(widget))
+                button->toggle();
+        };
+        const QJsonObject start = window->currentRequest().preset.toJson();
+        QString effect = effectOf(use);
+        if (!m_dialog.isEmpty()) {
+            const bool folder = name.contains(u"Dir") || name.contains(u"Output");
+            answer = name.contains(u"Color") ? u"#010203"_s : folder ? path() : file;
+            effect = m_dialog + u' ' + effect + u", " + effectOf(use);
+        }
+        const QStringList changed = everything();
+        const QJsonObject change = window->currentRequest().preset.toJson();
+        if (everythingAfter(QJsonDocument(start).toJson()) != changed &&
+            everythingAfter(QJsonDocument(change).toJson()) == changed)
+            effect += u" *";
+        for (const QString &dropped :
+             qobject_cast<QLineEdit *>(widget) ? QStringList{file, photos() + u'/'} : QStringList())
+            effect += u"; " + effectOf([&] { drop(widget, dropped); });
+        return effect.remove(QRegularExpression(u' ' + name + u"\\b(?!\\()"));
+    }
+
+    QStringList everythingAfter(const QByteArray &profile) const
+    {
+        writeText(path(u"p.json"_s), profile);
+        QMetaObject::invokeMethod(window.get(), "loadPresetFromCombo", Q_ARG(QString, path(u"p.json"_s)));
+        return everything();
+    }
 };
 
-void MainWindowTest::startsAsDescribed()
+// The tests run inside the program's own main function, beside its window.
+int main(int argc, char *argv[])
 {
-    const QString expected = QStringLiteral(R"(
-- Archivos de Entrada | - Carpeta de Fotos: | - Color de Flecha: | - Color de Fuente: |
-- Configuración de la Rosa de Vientos | - Configuración del Logo | - Configuración del Texto | - Estilo: |
-- Fuente (opcional): | - Log de Procesos | - Logo (opcional): | - Modo de Obtención de Coordenadas |
-- Nota: La copia de seguridad se ignora si se usa una carpeta de salida.font-style: italic; color: grey; |
-- Opciones de Renombrado | - Opciones de Salida | - Posición Altitud: | - Posición Coordenadas: |
-- Posición Fecha/Hora: | - Posición Orientación: | - Posición del Logo: | - Posición: | - Ruta del archivo: |
-- Tamaño (ratio): | - Tamaño de Fuente (ratio): | - Tamaño del Logo (ratio): |
-altitudePositionCombo abajo-derecha of 4 | arrowColorSwatch background-color: #ff0000 |
-backupCheck [x] Realizar copia de seguridad de las fotos originales | bgTextCheck [x] Agregar fondo al texto |
-colorSwatch background-color: #FFFFFF | compassCheck [x] Dibujar rosa de los vientos (si hay datos de orientación) |
-compassPositionCombo abajo-izquierda of 4 | compassSizeSpin 0.18 in 0.05 to 0.50 by 0.01 |
-compassStyleCombo Clásico of 4 | coordsPositionCombo abajo-derecha of 4 |
-createSampleButton Crear archivo de ejemplo | directoryEdit | drawAltitudeCheck [x] Dibujar altitud (ej: Alt: 123 m) |
-drawDataCheck [x] Dibujar datos (coordenadas, fecha) en las fotos |
-drawGeoCheck [ ] Dibujar coordenadas geográficas (Lat/Lon DMS) |
-drawOrientationCheck [x] Dibujar orientación (ej: 090° E) | drawTimeCheck [x] Incluir hora (además de la fecha) |
-dtPositionCombo abajo-derecha of 4 | embedCsvCheck [x] Incrustar datos del CSV en el EXIF |
-exifRadio [x] Desde EXIF de las fotos | fontEdit notosans.ttf (read-only) |
-fontSizeSpin 0.0300 in 0.0010 to 0.2000 by 0.0010 when done | loadPresetButton Cargar (hidden) |
-logoCheck [x] Incrustar logo en las fotos | logoEdit (read-only) | logoPositionCombo arriba-izquierda of 4 |
-logoSizeSpin 0.20 in 0.01 to 0.30 by 0.01 | nextButton Siguiente (disabled) |
-orientationPositionCombo abajo-derecha of 4 |
-outputFolderCheck [ ] Guardar fotos modificadas en una carpeta separada | outputFolderEdit (disabled) |
-overwriteAltitudeCheck [x] Sobrescribir altitudes existentes | populateAltitudeButton Rellenar altitud desde API |
-prefixCheck [ ] Agregar prefijo al nombre | prefixEdit XXX_XXX_SA_ (disabled) | presetCombo of 0 (hidden) |
-prevButton Anterior (disabled) | previewGroup Vista Previa Interactiva |
-previewLabel Seleccione una carpeta con imágenes para activar la vista previa. |
-renameCheck [x] Renombrar fotos con coordenadas UTM |
-rotateCompassCheck [ ] Rotar rosa (flecha siempre apunta arriba) |
-sampleFromExifCheck [x] Usar datos EXIF para crear el ejemplo | savePresetButton Guardar (hidden) |
-selectArrowColorButton Seleccionar Color | selectColorButton Seleccionar Color | selectDirButton Seleccionar |
-selectFontButton Seleccionar | selectLogoButton Seleccionar | selectOutputButton Seleccionar (disabled) |
-selectTxtButton Seleccionar | startButton Iniciar Proceso | subdirsCheck [ ] Incluir subdirectorios |
-txtGroup Archivo CSV (hidden) | txtPathEdit | txtRadio [ ] Desde archivo .csv)");
-    QStringList state = m_driver->state();
-    state.removeIf([](const QString &line) { return line.startsWith(QStringLiteral("- Velmaro ")); });
-    QCOMPARE(state, expected.simplified().split(QStringLiteral(" | ")));
-    QCOMPARE(m_driver->window->windowTitle(),
-             QStringLiteral("Velmaro: Renombrador/Incrustador de coordenadas UTM en fotografías"));
-    QStringList entries;
-    for (const QAction *menu : m_driver->window->menuBar()->actions()) {
-        entries.append(menu->text());
-        for (const QAction *action : menu->menu()->actions())
-            entries.append(action->text());
-    }
-    const auto *tabs = m_driver->find<QTabWidget>("tabs");
-    for (int i = 0; i < tabs->count(); ++i)
-        entries.append(tabs->tabText(i));
-    QCOMPARE(entries.join(u' '), QStringLiteral("&Archivo Perfiles &Herramientas Configuración... "
-                                                "General Texto Logo Rosa de Vientos"));
-    const auto *styles = m_driver->find<QComboBox>("compassStyleCombo");
-    const auto *corners = m_driver->find<QComboBox>("altitudePositionCombo");
-    QStringList items;
-    for (int i = 0; i < 4; ++i)
-        items += {styles->itemText(i), corners->itemText(i)};
-    QCOMPARE(items.join(u','), QStringLiteral("Estilo Puntos,arriba-izquierda,Estilo Graduado,arriba-derecha,"
-                                              "Clásico,abajo-izquierda,Numerado,abajo-derecha"));
+    WindowFixture::initMain();
+    qAddPreRoutine([] {
+        QTimer::singleShot(0, [] {
+            MainWindowTest test;
+            QCoreApplication::exit(QTest::qExec(&test, QCoreApplication::arguments()));
+        });
+    });
+    return velmaroMain(argc, argv);
 }
 
-namespace
-{
-
-// What a run is asked to do, by the keys of profiles and the names of the other options.
-QStringList described(const RunRequest &request)
-{
-    QJsonObject all = request.preset.toJson();
-    const RunOptions &run = request.run;
-    all.insert(QStringLiteral("drawLogo"), request.drawLogo);
-    all.insert(QStringLiteral("useExif"), run.useExif);
-    all.insert(QStringLiteral("txtPath"), run.txtPath);
-    all.insert(QStringLiteral("includeSubfolders"), run.includeSubfolders);
-    all.insert(QStringLiteral("embedCsvInExif"), run.embedCsvInExif);
-    all.insert(QStringLiteral("createBackup"), run.createBackup);
-    all.insert(QStringLiteral("useOutputFolder"), run.useOutputFolder);
-    all.insert(QStringLiteral("outputFolder"), run.outputFolder);
-    QStringList lines;
-    for (auto value = all.constBegin(); value != all.constEnd(); ++value)
-        lines.append(
-            value.key() + u'=' +
-            (value->isDouble() ? QString::number(value->toDouble()) : value->toVariant().toString()));
-    return lines;
-}
-
-void change(QWidget *widget)
-{
-    if (auto *combo = qobject_cast<QComboBox *>(widget))
-        combo->setCurrentIndex((combo->currentIndex() + 1) % combo->count());
-    else if (auto *edit = qobject_cast<QLineEdit *>(widget))
-        edit->setText(QStringLiteral("otro"));
-    else if (auto *spin = qobject_cast<QDoubleSpinBox *>(widget))
-        spin->stepUp();
-    else
-        qobject_cast<QAbstractButton *>(widget)->toggle();
-}
-
-} // namespace
-
-// One change of each widget: how many previews it asks for, what it changes of the run, and which other
-// widgets it enables, disables, shows or hides.
-void MainWindowTest::eachWidgetFeedsItsOption()
-{
-    const QString expected = QStringLiteral(R"(altitudePositionCombo 1 altitudePosition=arriba-izquierda
-backupCheck 0 createBackup=false
-bgTextCheck 1 bgText=false
-compassCheck 1 addCompass=false rotateCompassCheck(disabled)
-compassPositionCombo 1 compassPosition=abajo-derecha
-compassSizeSpin 1 compassRatio=0.19
-compassStyleCombo 1 compassStyle=3
-coordsPositionCombo 1 coordsPosition=arriba-izquierda
-drawAltitudeCheck 1 drawAltitude=false
-drawDataCheck 1 drawData=false bgTextCheck(disabled)
-drawGeoCheck 1 drawGeo=true
-drawOrientationCheck 1 drawOrientation=false
-drawTimeCheck 1 drawTime=false
-dtPositionCombo 1 dtPosition=arriba-izquierda
-embedCsvCheck 0 embedCsvInExif=false
-fontEdit 1
-fontSizeSpin 1 fontSizeRatio=0.031
-logoCheck 1 drawLogo=false logoEdit(disabled) selectLogoButton(disabled)
-logoEdit 1
-logoPositionCombo 1 logoPosition=arriba-derecha
-logoSizeSpin 1 logoRatio=0.21
-orientationPositionCombo 1 orientationPosition=arriba-izquierda
-outputFolderCheck 0 useOutputFolder=true backupCheck(disabled) outputFolderEdit selectOutputButton
-outputFolderEdit 0 outputFolder=otro
-overwriteAltitudeCheck 0
-prefixCheck 0 usePrefix=true prefixEdit
-prefixEdit 0 prefix=otro
-renameCheck 0 renamePhotos=false prefixCheck(disabled)
-rotateCompassCheck 1 rotateCompass=true
-sampleFromExifCheck 0
-subdirsCheck 1 includeSubfolders=true
-txtPathEdit 1 txtPath=otro
-txtRadio 2 useExif=false txtGroup)");
-    QStringList actual;
-    for (const QString &line : expected.split(u'\n')) {
-        m_driver = std::make_unique<WindowDriver>();
-        m_driver->writePhotos(1, {20, 15});
-        m_driver->type("directoryEdit", m_driver->photos());
-        const QString name = line.section(u' ', 0, 0);
-        const QStringList before = described(m_driver->window->currentRequest()) + m_driver->state();
-        const int previews = m_driver->previewsOf([&] { change(m_driver->find<QWidget>(qPrintable(name))); });
-        QString result = name + u' ' + QString::number(previews);
-        for (const QString &after : described(m_driver->window->currentRequest()))
-            result += before.contains(after) ? QString() : u' ' + after;
-        for (const QString &after : m_driver->state()) {
-            const QString other = after.section(u' ', 0, 0);
-            if (!before.contains(after) && other != name && other != QStringLiteral("exifRadio"))
-                result +=
-                    u' ' + other +
-                    (after.endsWith(QStringLiteral("(disabled)")) ? QStringLiteral("(disabled)") : QString());
-        }
-        actual.append(result);
-    }
-    const QStringList rows = expected.split(u'\n');
-    for (qsizetype i = 0; i < rows.size(); ++i)
-        QCOMPARE(actual[i], rows[i]);
-}
-
-void MainWindowTest::prefixNeedsRenaming()
-{
-    const auto enabled = [this] {
-        return QStringLiteral("%1%2")
-            .arg(m_driver->isEnabled("prefixCheck"))
-            .arg(m_driver->isEnabled("prefixEdit"));
-    };
-    QStringList states;
-    for (const char *box :
-         {"prefixCheck", "renameCheck", "renameCheck", "prefixCheck", "renameCheck", "renameCheck"}) {
-        m_driver->click(box);
-        states.append(enabled());
-    }
-    QCOMPARE(states.join(u' '), QStringLiteral("11 00 11 10 00 10"));
-}
-
-void MainWindowTest::browsesPhotos()
-{
-    m_driver->writePhotos(2, {400, 300});
-    const QString aside = m_driver->path(QStringLiteral("aparte.jpg"));
-    writePhoto(aside, plainImage({400, 300}, Qt::green), gpsTags());
-    QVERIFY(QFile::link(aside, m_driver->photos() + QStringLiteral("/enlace.jpg")));
-    m_driver->type("directoryEdit", m_driver->photos());
-    const auto *caption = m_driver->find<QLabel>("photoCaption");
-    const auto place = [&]() -> QString {
-        return caption->text().section(u' ', 1) + QString::number(m_driver->isEnabled("prevButton")) +
-               QString::number(m_driver->isEnabled("nextButton"));
-    };
-    QStringList places{place()};
-    QList<QImage> pictures{m_driver->preview()};
-    auto *next = m_driver->find<QPushButton>("nextButton");
-    m_driver->window->activateWindow();
-    next->setFocus();
-    QTRY_VERIFY(next->hasFocus());
-    for (int step = 0; step < 2; ++step) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-        places.append(place());
-        pictures.append(m_driver->preview());
-    }
-    // The key goes to no field once the button is out of use.
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
-    QCOMPARE(m_driver->textOf("directoryEdit"), m_driver->photos());
-    QVERIFY(!qobject_cast<QLineEdit *>(QApplication::focusWidget()));
-    m_driver->click("prevButton");
-    places.append(place());
-    QCOMPARE(places.join(u' '), QStringLiteral("(1 de 3)01 (2 de 3)11 (3 de 3)10 (2 de 3)11"));
-    QVERIFY(pictures[0] != pictures[1] && pictures[1] != pictures[2]);
-
-    // A look aside does not move the place.
-    m_driver->type("directoryEdit", m_driver->photos() + u'/');
-    const auto lookAt = [this](int index) {
-        QMetaObject::invokeMethod(m_driver->window.get(), "showPreviewAtIndex", Q_ARG(int, index));
-    };
-    for (const int index : {2, -1, 3})
-        lookAt(index);
-    QCOMPARE(place(), QStringLiteral("(3 de 3)01"));
-    QCOMPARE(m_driver->preview(), pictures[2]);
-    m_driver->click("nextButton");
-    QCOMPARE(m_driver->preview(), pictures[1]);
-}
-
-void MainWindowTest::previewsWithoutATrace()
-{
-    m_driver->writePhotos(1, {400, 300});
-    const QString photo = m_driver->photos() + QStringLiteral("/0.jpg");
-    QFile::setPermissions(photo, QFile::ReadOwner);
-    const QByteArray original = bytesOf(photo);
-    m_driver->check("prefixCheck", true);
-    m_driver->check("outputFolderCheck", true);
-    m_driver->type("outputFolderEdit", m_driver->path({}));
-    m_driver->type("directoryEdit", m_driver->photos());
-    const QImage stamped = m_driver->preview();
-    m_driver->check("drawDataCheck", false);
-    m_driver->check("compassCheck", false);
-    QVERIFY(!stamped.isNull() && m_driver->preview() != stamped);
-    for (const QString &folder : {m_driver->photos(), m_driver->path({})})
-        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 1);
-    QCOMPARE(bytesOf(photo), original);
-    QCOMPARE(m_driver->log(), QString());
-}
-
-void MainWindowTest::previewsAsAViewerShows()
-{
-    writePhoto(m_driver->photos() + QStringLiteral("/a.jpg"), plainImage({400, 200}),
-               {{"Exif.Image.Orientation", "6"}});
-    m_driver->type("directoryEdit", m_driver->photos());
-    const QImage byExif = m_driver->preview();
-    QVERIFY(byExif.height() > byExif.width());
-
-    // By the coordinates file: as it is without a row, stamped with one, and anew once the file has changed.
-    const QString table = m_driver->path(QStringLiteral("tabla.csv"));
-    m_driver->click("txtRadio");
-    QList<QImage> pictures{m_driver->preview()};
-    for (const char *row : {"a.jpg;19;H;300000;6000000\n", "a.jpg;19;H;300001;6000000\n"}) {
-        writeText(table, row);
-        m_driver->type("txtPathEdit", table);
-        m_driver->check("drawTimeCheck", pictures.size() == 1); // a change that draws it again
-        pictures.append(m_driver->preview());
-    }
-    QVERIFY(pictures[0] != byExif && pictures[0] != pictures[1] && pictures[1] != pictures[2]);
-}
-
-void MainWindowTest::tellsWhatCannotBeShown()
-{
-    const QString nothing = m_driver->path(QStringLiteral("nada"));
-    const QString empty = QStringLiteral("No se encontraron imágenes en el directorio seleccionado.");
-    m_driver->type("directoryEdit", m_driver->photos());
-    QCOMPARE(m_driver->previewText(), empty);
-    m_driver->type("directoryEdit", nothing);
-    QCOMPARE(m_driver->previewText(), QStringLiteral("El directorio seleccionado no es válido."));
-    m_driver->type("directoryEdit", QString()); // not the current directory either
-    QCOMPARE(m_driver->previewText(), empty);
-    writeText(m_driver->photos() + QStringLiteral("/a.jpg"), "no image");
-    m_driver->type("directoryEdit", m_driver->photos());
-    QCOMPARE(m_driver->previewText(), QStringLiteral("Error al generar la vista previa."));
-
-    // A resize scales the last good preview, and brings it back in place of a message.
-    QFile::remove(m_driver->photos() + QStringLiteral("/a.jpg"));
-    m_driver->writePhotos(2, {400, 300});
-    m_driver->type("directoryEdit", m_driver->photos() + u'/');
-    const QSize before = m_driver->preview().size();
-    m_driver->window->showNormal();
-    m_driver->window->resize(700, 500);
-    QTRY_VERIFY(m_driver->preview().width() < before.width());
-    m_driver->type("directoryEdit", nothing);
-    QVERIFY(m_driver->preview().isNull() && !m_driver->isEnabled("nextButton"));
-    m_driver->window->resize(800, 600);
-    QTRY_VERIFY(!m_driver->preview().isNull());
-}
-
-void MainWindowTest::drawsQuickChangesOnce()
-{
-    m_driver->writePhotos(1, {8000, 6000}); // takes longer than what is drawn at once
-    m_driver->type("directoryEdit", m_driver->photos());
-    const QImage first = m_driver->preview();
-    QCOMPARE(m_driver->previewsOf([this] {
-        for (int i = 0; i < 10; ++i)
-            m_driver->find<QAbstractButton>("drawDataCheck")->click();
-    }),
-             1);
-    m_driver->check("compassCheck", false);
-    QVERIFY(m_driver->preview() != first);
-}
-
-void MainWindowTest::listsATypedPathWhenTypingPauses()
-{
-    m_driver->writePhotos(1, {20, 15});
-    m_driver->check("subdirsCheck", true);
-    auto *edit = m_driver->find<QLineEdit>("directoryEdit");
-    const QString asItWas = m_driver->previewText();
-    QTest::keyClicks(edit, m_driver->photos());
-    QCOMPARE(m_driver->previewText(), asItWas); // although it began with "/"
-    QTRY_VERIFY(!m_driver->preview().isNull());
-
-    for (const bool byEnter : {true, false}) {
-        edit->selectAll();
-        byEnter ? QTest::keyClicks(edit, QStringLiteral("/nada\r")) : edit->setText(QStringLiteral("/nada"));
-        QVERIFY(m_driver->preview().isNull());
-        edit->setText(m_driver->photos());
-        QVERIFY(!m_driver->preview().isNull());
-    }
-}
-
-QTEST_MAIN(MainWindowTest)
 #include "mainwindow.moc"
