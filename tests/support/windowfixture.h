@@ -114,7 +114,8 @@ protected:
                     text.prepend(other->text() + u' ');
             }
             const bool isPart =
-                QString(widget->objectName() + widget->parent()->objectName()).contains(u"qt_");
+                QString(widget->objectName() + widget->parent()->objectName()).contains(u"qt_") ||
+                qobject_cast<const QListView *>(widget); // of a combo box
             const bool isStop = (widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy();
             if (isPart || (label && label->buddy()) || (!isStop && text.trimmed().isEmpty()))
                 continue;
