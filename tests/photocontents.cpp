@@ -380,11 +380,16 @@ private slots:
         QCOMPARE(told("keep@2x.jpg", png), u"keep@2x.jpg, jpeg 40x30x32 #ffffffff"_s);
         QCOMPARE(told("keep.png", grey), u"keep.png, png 40x30x32 #ffffffff"_s);
 
-        m_options.jpegQuality = 1;
-        for (const QByteArray &contents : {png, jpegWith({})}) { // through pixels, and by coefficients
-            told("keep.jpg", contents);
-            QCOMPARE(m_result.mid(m_result.indexOf("\xff\xdb") + 5, 1), "\xff"); // the largest step there is
+        // The first step of the tables at quality 75, 1 and 100, through pixels and by coefficients.
+        QByteArray steps;
+        for (const QByteArray &contents : {png, jpegWith({})}) {
+            for (const int quality : {-1, 0, 101}) {
+                m_options.jpegQuality = quality;
+                told("keep.jpg", contents);
+                steps += m_result.mid(m_result.indexOf("\xff\xdb") + 5, 1);
+            }
         }
+        QCOMPARE(steps, "\x08\xff\x01\x08\xff\x01");
     }
 
     void keepsTheDensity()
