@@ -20,9 +20,6 @@ inline QFont stampFont(int pointSize, QFont::Weight weight = QFont::Normal)
 /// channel.
 inline int differences(const QImage &one, const QImage &other)
 {
-    const auto differs = [](int a, int b) {
-        return qAbs(a - b) > 85 ? 1 : 0;
-    };
     return std::inner_product(one.constBits(), one.constBits() + one.sizeInBytes(), other.constBits(), 0,
-                              std::plus(), differs);
+                              std::plus(), [](int a, int b) { return qAbs(a - b) > 85 ? 1 : 0; });
 }

@@ -17,6 +17,16 @@ Exiv2Compat::ImagePtr opened(const QString &path)
     return file;
 }
 
+Exiv2::Metadatum &tagIn(Exiv2::Image &file, const QByteArray &key)
+{
+    const std::string name = key.toStdString();
+    if (key.startsWith("Iptc."))
+        return file.iptcData()[name];
+    if (key.startsWith("Xmp."))
+        return file.xmpData()[name];
+    return file.exifData()[name];
+}
+
 } // namespace
 
 QImage plainImage(QSize size, const QColor &colour)
@@ -33,16 +43,8 @@ void writePhoto(const QString &path, const QImage &image, const Tags &tags)
     if (tags.isEmpty())
         return;
     const Exiv2Compat::ImagePtr file = opened(path);
-    for (auto tag = tags.begin(); tag != tags.end(); ++tag) {
-        const std::string key = tag.key().toStdString();
-        const std::string value = tag.value().toStdString();
-        if (tag.key().startsWith("Iptc."))
-            file->iptcData()[key] = value;
-        else if (tag.key().startsWith("Xmp."))
-            file->xmpData()[key] = value;
-        else
-            file->exifData()[key] = value;
-    }
+    for (auto tag = tags.begin(); tag != tags.end(); ++tag)
+        tagIn(*file, tag.key()).setValue(tag.value().toStdString());
     file->writeMetadata();
 }
 
@@ -59,13 +61,7 @@ Tags gpsTags()
 
 QByteArray tagOf(const QString &path, const QByteArray &key)
 {
-    const Exiv2Compat::ImagePtr file = opened(path);
-    const std::string name = key.toStdString();
-    if (key.startsWith("Iptc."))
-        return QByteArray::fromStdString(file->iptcData()[name].toString());
-    if (key.startsWith("Xmp."))
-        return QByteArray::fromStdString(file->xmpData()[name].toString());
-    return QByteArray::fromStdString(file->exifData()[name].toString());
+    return QByteArray::fromStdString(tagIn(*opened(path), key).toString());
 }
 
 QByteArray bytesOf(const QString &path)
