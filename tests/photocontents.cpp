@@ -8,11 +8,11 @@
 
 #include <QBuffer>
 #include <QColorSpace>
+#include <QDataStream>
 #include <QImageReader>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QTest>
-#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -95,6 +95,23 @@ QByteArray pngWith(const QByteArray &before, const QByteArray &behind = {},
 {
     const QByteArray png = encoded(image, "png");
     return png.first(pngHead) + before + png.mid(png.indexOf("IDAT") - 4).chopped(12) + behind + png.last(12);
+}
+
+// The TIFF with one more page that has the pixels of the first.
+QByteArray twoPages(QByteArray tiff)
+{
+    const auto size = static_cast<quint32>(tiff.size());
+    QDataStream stream(&tiff, QIODevice::ReadWrite);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    quint32 first = 0;
+    quint16 entries = 0;
+    stream.skipRawData(4);
+    stream >> first;
+    stream.skipRawData(static_cast<int>(first) - 8);
+    stream >> entries;
+    stream.skipRawData(12 * entries);
+    stream << size;
+    return tiff + tiff.mid(first, 2 + 12 * entries) + QByteArray(4, '\0');
 }
 
 } // namespace
@@ -304,12 +321,7 @@ private slots:
         QImage image = plainImage({40, 30}, Qt::white);
         image.setColorSpace(QColorSpace::AdobeRgb);
         writePhoto(path(u"pages.tiff"_s), image, tags);
-        // One more page, with the pixels of the first.
-        QByteArray pages = bytesOf(path(u"pages.tiff"_s));
-        const qsizetype first = qFromLittleEndian<quint32>(pages.constData() + 4);
-        const qsizetype next = first + 2 + 12 * qFromLittleEndian<quint16>(pages.constData() + first);
-        qToLittleEndian(static_cast<quint32>(pages.size()), pages.data() + next);
-        pages += pages.mid(first, next - first) + QByteArray(4, '\0');
+        const QByteArray pages = twoPages(bytesOf(path(u"pages.tiff"_s)));
         const std::tuple<const char *, QString, QByteArray> cases[] = {
             {"rename.tiff", chile, "Cámara|33/1 27/1 0/1|ladera|Lota|Ana||"},
             {"keep.tiff", u"keep.tiff, tiff 40x30x32 #ffffffff"_s, "Cámara|33/1 27/1 0/1|ladera|Lota|Ana|1|"},
