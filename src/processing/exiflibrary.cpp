@@ -31,10 +31,9 @@ void logLibraryMessage(int level, const char *text)
     qDebug() << "exiv2" << level << text;
 }
 
-// Calls `work` with the lock held and the library prepared: the XMP toolkit inside it is not thread-safe
-// until it has been given a lock, and its set-up never is.
-template <typename Work>
-auto withLibrary(QString *error, const Work &work) -> std::optional<decltype(work())>
+// The XMP toolkit inside the library is not thread-safe until it has been given a lock, and its set-up never
+// is: it happens once in the process, whatever is asked of the library first.
+void prepareLibrary()
 {
     static std::once_flag once;
     std::call_once(once, [] {
@@ -42,6 +41,13 @@ auto withLibrary(QString *error, const Work &work) -> std::optional<decltype(wor
         Exiv2::LogMsg::setHandler(logLibraryMessage);
         Exiv2::XmpParser::initialize(lockXmpToolkit, &toolkitMutex);
     });
+}
+
+// Calls `work` with the lock held and the library prepared.
+template <typename Work>
+auto withLibrary(QString *error, const Work &work) -> std::optional<decltype(work())>
+{
+    prepareLibrary();
     const QMutexLocker locker(&metadataMutex);
     try {
         return work();
