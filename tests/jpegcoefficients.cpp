@@ -210,6 +210,29 @@ private slots:
         QVERIFY(!stampedByCoefficients(jpeg, large, {}, m_buffers));
         QVERIFY(stampedByCoefficients(jpeg, large, {.keepTables = true}, m_buffers));
     }
+
+    // Between the tables of 85 and 90 many coefficients lie halfway: pixels are nearer by 1 dB. From 93 to 90
+    // they are by 0.1 dB, too little to count, and at 98 the coefficients are nearer by 1 dB or more.
+    void refusesWhatIsNearerThroughPixels()
+    {
+        QImage photo = paintLandscape({643, 485}, 3);
+        addGrain(photo, 3, 4);
+        const Overlay stamp = overlay(photo.size());
+        const Coding codings[] = {{{2, 2}}, {{2, 1}}, {{1, 2}}, {{1, 1}}, {.progressive = true}};
+        QString ways;
+        for (const Coding &coding : codings) {
+            for (const int from : {85, 93}) {
+                const QByteArray jpeg = encoded(photo, from, coding);
+                for (const int to : {90, 98}) {
+                    if (!stampedByCoefficients(jpeg, stamp, {.quality = to}, m_buffers))
+                        ways += QStringLiteral("%1>%2 ").arg(from).arg(to);
+                }
+                QVERIFY(stampedByCoefficients(jpeg, stamp, {90, true}, m_buffers));
+            }
+            ways += QLatin1Char('\n');
+        }
+        QCOMPARE(ways, QStringLiteral("85>90 \n").repeated(qsizetype(std::size(codings))));
+    }
 };
 
 QTEST_MAIN(JpegCoefficientsTest)

@@ -4,6 +4,7 @@
 #include "processing/coefficientrows.h"
 #include "processing/jpegcodec.h"
 #include "processing/jpegobject.h"
+#include "processing/pixeltrial.h"
 #include "processing/requantiser.h"
 #include "processing/stampedpieces.h"
 
@@ -41,18 +42,12 @@ struct Piece {
 };
 
 // Whether the result may have the sampling of the photo: chroma at full or half resolution each way.
-bool keepsSampling(const jpeg_decompress_struct &source)
+bool keepsSampling(const BlockLayout &layout)
 {
-    const jpeg_component_info *luma = source.comp_info;
-    const auto isFullOrHalf = [luma](const jpeg_component_info &chroma) {
-        const auto fits = [](int most, int factor) {
-            return most == factor || most == 2 * factor;
-        };
-        return fits(luma->h_samp_factor, chroma.h_samp_factor) &&
-               fits(luma->v_samp_factor, chroma.v_samp_factor);
+    const auto isKept = [](const std::array<int, componentCount> &blocks) {
+        return blocks[1] == blocks[2] && (blocks[0] == blocks[1] || blocks[0] == 2 * blocks[1]);
     };
-    return isFullOrHalf(luma[1]) && isFullOrHalf(luma[2]) && luma[1].h_samp_factor == luma[2].h_samp_factor &&
-           luma[1].v_samp_factor == luma[2].v_samp_factor;
+    return isKept(layout.across) && isKept(layout.down);
 }
 
 UINT16 dotsPerInch(int dotsPerMeter)
@@ -88,12 +83,12 @@ private:
     void setTables(jpeg_compress_struct *encoder) const;
     void setDensity(jpeg_compress_struct *encoder) const;
     bool finishRow(int mcuRow);
+    bool isNearerThroughPixels();
     bool paint(Piece &piece);
     QRect withMargin(const QRect &mcus) const;
     QRect pixelsOf(const QRect &mcus) const;
-    bool decode(const QRect &mcus, QImage &pixels);
+    bool decode(const CoefficientRows &rows, const QRect &mcus, bool requantised, QImage &pixels);
     bool encode(Piece &piece, const QImage &pixels, QPoint topLeft);
-    void markChanges(Piece &piece, const QImage &before, const QImage &after, QPoint topLeft) const;
     void putBack(const Piece &piece, int mcuRow);
 
     const QByteArray &m_jpeg;
@@ -107,6 +102,7 @@ private:
     std::unique_ptr<CoefficientRows> m_rows;
     std::array<Requantiser, componentCount> m_requantisers;
     std::vector<Piece> m_pieces;
+    std::optional<PixelTrial> m_trial; ///< unless the tables are kept
     int m_rowsRead = 0;
     int m_rowsFinished = 0;
 };
@@ -131,17 +127,20 @@ bool Stamper::isSuitable()
     m_layout = BlockLayout::of(source, source.image_width, source.image_height);
     m_mcu = QSize(source.max_h_samp_factor, source.max_v_samp_factor) * DCTSIZE;
     m_whole = QRect(0, 0, m_layout.mcusAcross, m_layout.mcusDown);
-    return m_coding.keepTables || keepsSampling(source);
+    return m_coding.keepTables || keepsSampling(m_layout);
 }
 
 // The pieces of the stamp; false when they are not worth it.
 bool Stamper::planPieces()
 {
     qint64 covered = 0;
-    for (const QRect &mcus : piecesOf(m_overlay.areas(), m_mcu)) {
+    const QList<QRect> pieces = piecesOf(m_overlay.areas(), m_mcu);
+    for (const QRect &mcus : pieces) {
         covered += qint64(mcus.width()) * mcus.height();
         m_pieces.emplace_back(mcus);
     }
+    if (!m_coding.keepTables)
+        m_trial.emplace(m_layout, pieces);
     return m_coding.keepTables || 2 * covered <= qint64(m_whole.width()) * m_whole.height();
 }
 
@@ -256,7 +255,7 @@ std::optional<QByteArray> Stamper::stamped()
         jpeg_write_coefficients(encoder.get(), encoder.arrays());
         jpeg_finish_compress(encoder.get());
     });
-    if (!written || m_rowsFinished < m_whole.height() || !readToEnd())
+    if (!written || m_rowsFinished < m_whole.height() || !readToEnd() || isNearerThroughPixels())
         return std::nullopt;
     return result.take();
 }
@@ -283,6 +282,8 @@ bool Stamper::finishRow(int mcuRow)
     }
     if (!readRowsTo(mcuRow))
         return false;
+    if (m_trial)
+        m_trial->takeFrom(*m_rows, mcuRow);
     for (size_t component = 0; component < componentCount; ++component) {
         const int down = m_layout.down[component];
         for (int row = mcuRow * down; row < (mcuRow + 1) * down; ++row) {
@@ -302,6 +303,15 @@ bool Stamper::finishRow(int mcuRow)
     return true;
 }
 
+bool Stamper::isNearerThroughPixels()
+{
+    const auto decoded = [this](const CoefficientRows &samples, bool requantised, QImage &pixels) {
+        return decode(samples, QRect(0, 0, samples.layout().mcusAcross, 1), requantised, pixels);
+    };
+    return m_trial && m_trial->isNearerThroughPixels(m_requantisers, decoded, m_coding.quality,
+                                                     jpegFormatOf(m_jpeg).sampling);
+}
+
 bool Stamper::paint(Piece &piece)
 {
     piece.done = true;
@@ -309,11 +319,12 @@ bool Stamper::paint(Piece &piece)
     const QRect area = pixelsOf(mcus);
     QImage pixels = m_buffers.image(area.size());
     QImage before = m_buffers.image(area.size());
-    if (before.isNull() || pixels.isNull() || !readRowsTo(mcus.bottom()) || !decode(mcus, pixels))
+    if (before.isNull() || pixels.isNull() || !readRowsTo(mcus.bottom()) ||
+        !decode(*m_rows, mcus, false, pixels))
         return false;
     std::memcpy(before.bits(), pixels.constBits(), static_cast<size_t>(pixels.sizeInBytes()));
     m_overlay.paint(pixels, area.topLeft());
-    markChanges(piece, before, pixels, area.topLeft());
+    piece.changed = changedMcus(before, pixels, pixelsOf(piece.mcus).translated(-area.topLeft()), m_mcu);
     return piece.changed.contains(true) ? encode(piece, pixels, area.topLeft()) : true;
 }
 
@@ -330,9 +341,9 @@ QRect Stamper::pixelsOf(const QRect &mcus) const
            QRect(QPoint(), m_overlay.pictureSize());
 }
 
-// Decodes MCUs from the rows in memory. The library decompresses a JPEG of their size, in which there is
+// Decodes MCUs from rows in memory. The library decompresses a JPEG of their size, in which there is
 // nothing, and is handed their coefficients.
-bool Stamper::decode(const QRect &mcus, QImage &pixels)
+bool Stamper::decode(const CoefficientRows &rows, const QRect &mcus, bool requantised, QImage &pixels)
 {
     BlockLayout layout = m_layout;
     layout.mcusAcross = mcus.width();
@@ -343,6 +354,8 @@ bool Stamper::decode(const QRect &mcus, QImage &pixels)
         encoder.keepBlocksIn(&nothing);
         encoder->dest = blank.manager();
         setUp(encoder.get(), pixels.size());
+        if (requantised)
+            setTables(encoder.get());
         jpeg_write_coefficients(encoder.get(), encoder.arrays());
         jpeg_finish_compress(encoder.get());
     });
@@ -352,7 +365,7 @@ bool Stamper::decode(const QRect &mcus, QImage &pixels)
     const QByteArray header = blank.take();
     uchar *firstRow = pixels.bits();
     const auto stride = static_cast<size_t>(pixels.bytesPerLine());
-    PartOfRows piece(*m_rows, mcus.topLeft(), nothing);
+    PartOfRows piece(rows, mcus.topLeft(), nothing);
     JpegDecompressor decoder;
     return decoder.run([&] {
         decoder.keepBlocksIn(&piece);
@@ -401,22 +414,6 @@ bool Stamper::encode(Piece &piece, const QImage &pixels, QPoint topLeft)
             jpeg_write_scanlines(encoder.get(), &row, 1);
         }
     });
-}
-
-void Stamper::markChanges(Piece &piece, const QImage &before, const QImage &after, QPoint topLeft) const
-{
-    const QRect area = pixelsOf(piece.mcus);
-    piece.changed.fill(false, qsizetype(piece.mcus.width()) * piece.mcus.height());
-    for (int y = area.top(); y <= area.bottom(); ++y) {
-        const auto *old = reinterpret_cast<const QRgb *>(before.constScanLine(y - topLeft.y())) - topLeft.x();
-        const auto *now = reinterpret_cast<const QRgb *>(after.constScanLine(y - topLeft.y())) - topLeft.x();
-        bool *changed =
-            piece.changed.data() + qsizetype(y / m_mcu.height() - piece.mcus.top()) * piece.mcus.width();
-        for (int left = area.left(); left <= area.right(); left += m_mcu.width(), ++changed) {
-            const int right = std::min(left + m_mcu.width(), area.right() + 1);
-            *changed = *changed || !std::equal(old + left, old + right, now + left);
-        }
-    }
 }
 
 void Stamper::putBack(const Piece &piece, int mcuRow)

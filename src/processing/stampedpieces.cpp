@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "processing/stampedpieces.h"
 
+#include <algorithm>
+
 namespace
 {
 
@@ -36,4 +38,21 @@ QList<QRect> piecesOf(const QList<QRect> &areas, QSize mcu)
         }
     }
     return pieces;
+}
+
+QList<bool> changedMcus(const QImage &before, const QImage &after, const QRect &area, QSize mcu)
+{
+    const qsizetype across = (area.width() + mcu.width() - 1) / mcu.width();
+    const qsizetype down = (area.height() + mcu.height() - 1) / mcu.height();
+    QList<bool> result(across * down, false);
+    for (int y = 0; y < area.height(); ++y) {
+        const auto *old = reinterpret_cast<const QRgb *>(before.constScanLine(area.top() + y)) + area.left();
+        const auto *now = reinterpret_cast<const QRgb *>(after.constScanLine(area.top() + y)) + area.left();
+        bool *changed = result.data() + y / mcu.height() * across;
+        for (int left = 0; left < area.width(); left += mcu.width(), ++changed) {
+            const int right = std::min(left + mcu.width(), area.width());
+            *changed = *changed || !std::equal(old + left, old + right, now + left);
+        }
+    }
+    return result;
 }
