@@ -32,13 +32,12 @@ struct JpegCoding {
 /// The result is a baseline JPEG of a picture alone: a JFIF header (and, for a picture that is stored as RGB,
 /// an Adobe marker), tables and one scan. No metadata segment of `jpeg` is in it.
 ///
-/// What is requantised is as near to the photo as it would be through pixels, or nearer, up to a PSNR of some
-/// 45 dB. Beyond that it can be up to 2 dB farther where the tables differ only a little: pixels are rounded
-/// once more when the photo is shown, and only the way through them sees how.
+/// What is requantised is as near to the photo as it would be through pixels, or nearer, but for 0.3 dB of
+/// PSNR: a photo for which samples show otherwise (`PixelTrial`) has to go through pixels.
 ///
 /// Nothing when the photo has to go through pixels: it is not of three components in YCbCr or RGB with 8
 /// bits, is damaged or gives the library any reason to warn, the overlay is laid out for another size; unless
-/// the tables are kept also when its chroma sampling is none of 4:4:4, 4:2:2, 4:4:0 and 4:2:0, or the stamp
-/// covers more than half of it.
+/// the tables are kept also when its chroma sampling is none of 4:4:4, 4:2:2, 4:4:0 and 4:2:0, the stamp
+/// covers more than half of it, or it comes out nearer through pixels.
 std::optional<QByteArray> stampedByCoefficients(const QByteArray &jpeg, const Overlay &overlay,
                                                 const JpegCoding &coding, PixelBuffers &buffers);

@@ -33,9 +33,9 @@ public:
     /// while it is as it is in the photo.
     void takeFrom(const CoefficientRows &rows, int mcuRow);
 
-    /// Whether the samples are nearer through pixels, at a quality as in `encodedJpeg`, by more than 0.2 dB
-    /// of PSNR. False when the PSNR is so low that they cannot be, there are no samples or one cannot be
-    /// decoded. Requantises the samples: to be called once.
+    /// Whether the samples are nearer through pixels, at a quality as in `encodedJpeg`, by more than some
+    /// 0.2 dB of PSNR. False when the PSNR is so low that they cannot be, there are no samples or one cannot
+    /// be decoded. Requantises the samples: to be called once.
     bool isNearerThroughPixels(const std::array<Requantiser, 3> &requantisers, const Decode &decode,
                                int quality, ChromaSampling sampling);
 
