@@ -277,6 +277,8 @@ JBLOCKARRAY Stamper::rows(size_t component, JDIMENSION first, JDIMENSION count, 
 // decoded from is changed.
 bool Stamper::finishRow(int mcuRow)
 {
+    if (mcuRow > 0)
+        m_rows->letGo(mcuRow - 1);
     for (Piece &piece : m_pieces) {
         if (!piece.done && withMargin(piece.mcus).top() <= mcuRow && !paint(piece))
             return false;
@@ -336,7 +338,7 @@ bool Stamper::decode(const QRect &mcus, QImage &pixels)
 {
     BlockLayout layout = m_layout;
     layout.mcusAcross = mcus.width();
-    CoefficientRows nothing(layout, 1, m_buffers);
+    EmptyRows nothing(layout);
     EncodedBytes blank(4096);
     JpegCompressor encoder;
     const bool written = encoder.run([&] {
@@ -376,6 +378,7 @@ bool Stamper::encode(Piece &piece, const QImage &pixels, QPoint topLeft)
 {
     BlockLayout layout = m_layout;
     layout.mcusAcross = piece.mcus.width();
+    layout.mcusDown = piece.mcus.height();
     piece.painted = std::make_unique<CoefficientRows>(layout, piece.mcus.height(), m_buffers);
     const QRect area = pixelsOf(piece.mcus);
     const QPoint offset = area.topLeft() - topLeft;
