@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <cstdio>
@@ -154,20 +155,27 @@ void measureWays(const QByteArray &photo)
     share("put metadata in", writing);
 }
 
+void measure(const QStringList &photos)
+{
+    measureCoordinatesFile(100000);
+    const QImage photo = paintLandscape({4000, 3000}, 1);
+    for (int style = 0; style < 4; ++style)
+        measureOverlay(photo, style);
+    for (const QString &path : photos) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("cannot read %s", qPrintable(path));
+        measureWays(file.readAll());
+    }
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication application(argc, argv);
-    measureCoordinatesFile(100000);
-    const QImage photo = paintLandscape({4000, 3000}, 1);
-    for (int style = 0; style < 4; ++style)
-        measureOverlay(photo, style);
-    if (argc > 1) {
-        QFile file(QString::fromLocal8Bit(argv[1]));
-        if (!file.open(QIODevice::ReadOnly))
-            qFatal("cannot read %s", argv[1]);
-        measureWays(file.readAll());
-    }
+    QThreadPool::globalInstance()->start(
+        [] { measure(QCoreApplication::arguments().mid(1)); }); // as a batch does
+    QThreadPool::globalInstance()->waitForDone();
 }

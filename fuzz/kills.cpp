@@ -155,13 +155,11 @@ private:
             for (auto original = m_originals.cbegin(); original != m_originals.cend(); ++original) {
                 const Result &result = m_results[original.key()];
                 const bool stamped = photo.key() == result.name && *photo == result.contents;
-                const bool copied =
-                    (photo.key() == original.key() || photo.key() == result.name) && *photo == *original;
-                known = known || stamped || copied;
+                known = known || stamped;
                 changed += stamped ? 1 : 0;
             }
             if (!known)
-                return photo.key() + QStringLiteral(" is neither a copy nor a result");
+                return photo.key() + QStringLiteral(" is no result");
         }
         return {};
     }

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "processing/journal.h"
 #include "processing/runfiles.h"
 #include "support/batchfixture.h"
 #include "support/fulldisk.h"
@@ -9,6 +10,9 @@
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -30,7 +34,8 @@ class PhotoFileTest : public BatchFixture
     }
 
     // All files below a folder with their widths, with a star those that are no original ("b/c.jpg 20*"),
-    // with a question mark those that are no whole JPEG either.
+    // with a question mark those that are no whole JPEG either, with an equals sign those that have another
+    // name too.
     QByteArray tree(const QString &folder) const
     {
         QStringList found;
@@ -39,8 +44,12 @@ class PhotoFileTest : public BatchFixture
             const QByteArray bytes = bytesOf(files.next());
             const int width = QImage(files.filePath()).width();
             const QString result = bytes.endsWith("\xff\xd9") ? u"*"_s : u"?"_s;
+            struct stat status {
+            };
+            ::stat(QFile::encodeName(files.filePath()).constData(), &status);
             found.append(u"%1 %2"_s.arg(QDir(folder).relativeFilePath(files.filePath())).arg(width) +
-                         (bytes == m_originals.value(width) ? QString() : result));
+                         (bytes == m_originals.value(width) ? QString() : result) +
+                         (status.st_nlink > 1 ? u"="_s : QString()));
         }
         found.sort();
         return found.join(u", ").replace(u"19G 345093 6297582"_s, u"P"_s).toUtf8();
@@ -86,6 +95,8 @@ private slots:
         QFile file(photo("A.jpeg"));
         QVERIFY(file.open(QIODevice::ReadWrite) &&
                 file.setFileTime(QDate(2020, 1, 2).startOfDay(), QFileDevice::FileModificationTime));
+        // What changes a photo under another of its names must not change the backup.
+        QCOMPARE(::link(photo("uno/dos/b.png").toUtf8().constData(), path("b").toUtf8().constData()), 0);
         QCOMPARE(ran(), "P.jpg 16*, Backup/A_backup.jpeg 16, Backup/uno/dos/b_backup.png 17, "
                         "Backup/vieja.jpg 18, uno/dos/P.jpg 17* | 2");
         QCOMPARE(QFileInfo(photo("Backup/A_backup.jpeg")).lastModified(), QDate(2020, 1, 2).startOfDay());
@@ -116,10 +127,10 @@ private slots:
         for (const qint64 bytes : {qint64(0), copied / 2, copied - 1, copied, needed - 1, needed}) {
             const bool copies = bytes >= copied;
             const QByteArray end = bytes < needed ? " | 0, el archivo es demasiado grande" : "* | 1";
+            const QByteArray shared = copies ? "" : "="; // which takes no room
             const QByteArray results[] = {
                 // with a backup, into an empty output folder, into one with an earlier result
-                (copies ? "Backup/a_backup.jpg 16, " : "") + ("a.jpg 16" + end) +
-                    (copies ? "" : ", no backup"),
+                "Backup/a_backup.jpg 16" + shared + ", a.jpg 16" + shared + end,
                 (copies ? "a.jpg 16 | a.jpg 16" : "a.jpg 16 | ") + end,
                 (bytes < needed ? "a.jpg 16 | a.jpg 0?" : "a.jpg 16 | a.jpg 16") + end,
             };
@@ -222,15 +233,23 @@ private slots:
                                      const QByteArray &output = {}) {
             return withSystemCalls(calls, answer, [&] { return ran(output); });
         };
-        // In place all has to be on the disk before it takes a place; without its copy a photo goes on.
-        const QByteArray ends[] = {"a.jpg 16 | 0, error de entrada o salida del disco, no backup",
-                                   "a.jpg 16* | 1, no backup"};
-        for (const bool rename : {false, true}) {
+        // In place all has to be on the disk before it takes a place; where a file cannot have two names, the
+        // backup is a copy, without which a photo goes on.
+        const auto ranFailing = [&](const std::vector<long> &calls) {
             init();
             write("a.jpg");
-            QCOMPARE(ranWhile({rename ? SYS_renameat2 : SYS_fsync}, [](auto &) { return EIO; }),
-                     ends[rename]);
-            // While the copy goes onto the disk, another program puts its own photo in the place of this one.
+            return ranWhile(calls,
+                            [](const seccomp_data &call) { return call.nr == SYS_linkat ? EPERM : EIO; });
+        };
+        QCOMPARE(ranFailing({SYS_fsync}),
+                 "Backup/a_backup.jpg 16=, a.jpg 16= | 0, error de entrada o salida del disco");
+        QCOMPARE(ranFailing({SYS_linkat, SYS_fsync}),
+                 "a.jpg 16 | 0, error de entrada o salida del disco, no backup");
+        QCOMPARE(ranFailing({SYS_linkat, SYS_renameat2}), "a.jpg 16* | 1, no backup");
+        QCOMPARE(ranFailing({SYS_linkat}), "Backup/a_backup.jpg 16, a.jpg 16* | 1");
+        for (const bool rename : {false, true}) {
+            // While the result goes onto the disk, another program puts its own photo in the place of this
+            // one.
             init();
             m_options.renamePhotos = rename;
             write("a.jpg");
@@ -245,26 +264,51 @@ private slots:
             QVERIFY2(told.contains(" | 0, otro programa ha movido o cambiado el archivo"), told.constData());
         }
 
-        // A photo whose copy cannot get a name, its own or the new one, leaves that to the next, and what may
-        // not be on the disk is told.
-        for (const QByteArray name : {"a.jpg", "P.jpg"}) {
+        // A photo that cannot get a name, its own (as result or copy) or the new one, leaves that to the
+        // next, and what may not be on the disk is told.
+        for (const bool rename : {false, true}) {
             init();
-            write(name + ", sub/b.jpg");
+            write(rename ? "a.jpg, sub/b.jpg" : "a.jpg, sub/a.jpg");
             QDir().mkpath(path("salida"));
             QVERIFY(QFile::link(path("salida"), path("salida/sub")));
-            m_options.renamePhotos = true;
-            bool failed = false;
+            m_options.renamePhotos = rename;
+            int failures = rename ? 1 : 2;
             const auto fail = [&](const seccomp_data &call) {
-                if (call.nr == SYS_syncfs)
-                    return EIO;
-                const QByteArray to(reinterpret_cast<const char *>(call.args[3]));
-                return to.endsWith("/19G 345093 6297582.jpg") && !std::exchange(failed, true) ? EIO : 0;
+                const QByteArray to(call.nr == SYS_syncfs ? ""
+                                                          : reinterpret_cast<const char *>(call.args[3]));
+                const bool isName = to.endsWith(rename ? "/19G 345093 6297582.jpg" : "/a.jpg");
+                return call.nr == SYS_syncfs || (isName && failures-- > 0) ? EIO : 0;
             };
-            QCOMPARE(ranWhile({SYS_renameat2, SYS_syncfs}, fail, "salida"),
-                     name + " 16, sub/b.jpg 17 | P.jpg 17*" + (name == "P.jpg" ? "" : ", a.jpg 16") +
-                         " | 1, error de entrada o salida del disco");
+            QCOMPARE(
+                ranWhile({SYS_renameat2, SYS_syncfs}, fail, "salida"),
+                rename
+                    ? "a.jpg 16, sub/b.jpg 17 | P.jpg 17*, a.jpg 16 | 1, error de entrada o salida del disco"
+                    : "a.jpg 16, sub/a.jpg 17 | a.jpg 17* | 1, error de entrada o salida del disco");
             QCOMPARE(m_summary.notSynced, u"error de entrada o salida del disco"_s);
         }
+
+        // What a photo could not take, and another did, is not taken back when the task is taken up again.
+        init();
+        write("a.jpg, b.jpg");
+        m_options.renamePhotos = true;
+        m_options.useOutputFolder = true;
+        m_options.outputFolder = path("salida");
+        QDir().mkpath(m_options.outputFolder);
+        const Journal::Task task{m_root, path("salida"), {}, {}};
+        QString error;
+        withSystemCalls(
+            {SYS_renameat2}, [failures = 1](auto &) mutable { return failures-- > 0 ? EIO : 0; },
+            [&] {
+                const std::unique_ptr<Journal> journal = Journal::open(task, &error);
+                PhotoProcessor processor;
+                processor.setOptions(m_options);
+                processor.setThreadCount(1);
+                processor.setJournal(journal.get());
+                processor.renamePhotosWithUTM(m_root, [](const QString &) {}, {});
+                return true;
+            });
+        QVERIFY(Journal::open(task, &error));
+        QVERIFY(tree(path("salida")).contains(", P.jpg 1"));
 
         // The disk of the output folder goes away during the run; under its path there is another one then.
         m_options.useOutputFolder = true;

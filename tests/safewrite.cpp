@@ -41,7 +41,8 @@ class SafeWriteTest : public QObject
     static QByteArray replace(const QByteArray &contents, FileStamp stamp = FileStamp::of(u"a"_s))
     {
         QString error = u"no reason"_s;
-        const bool done = replaceContents(u"a"_s, contents, std::move(stamp), Durability::OnReturn, &error);
+        FileReplacement file(u"a"_s);
+        const bool done = file.open(&error) && file.commit(contents, &stamp, Durability::OnReturn, &error);
         return done ? "" : error.toUtf8();
     }
 
@@ -162,6 +163,16 @@ private slots:
         QFile::rename(u"a"_s, u"b"_s);
         stamp.renewAfterRename();
         QVERIFY(stamp.isStill(u"b"_s) && !stamp.isStill(u"a"_s));
+
+        // A second name for the very file, if it has no other and is the one that was read.
+        writeText(u"a"_s, "other");
+        QVERIFY(stamp.addName(u"a"_s) == Placing::NameTaken && stamp.addName(u"."_s) != Placing::Done);
+        QVERIFY(stamp.addName(u"c"_s) == Placing::Done && stamp.isStill(u"b"_s) && stamp.isStill(u"c"_s));
+        QVERIFY(stamp.addName(u"d"_s) == Placing::Failed);
+        QFile::remove(u"c"_s);
+        writeText(u"b"_s, "changed");
+        QVERIFY(stamp.addName(u"c"_s) == Placing::Failed && !QFile::exists(u"c"_s));
+        QFile::remove(u"a"_s);
         QCOMPARE(mkfifo("pipe", 0600), 0);
         for (const QString &nothing : {u"a"_s, u"."_s, u"pipe"_s})
             QVERIFY(!readWhole(nothing, &stamp, &error));

@@ -8,6 +8,9 @@
 int main(int argc, char *argv[])
 {
     chooseSpanish();
+    // The photos are painted side by side; newer versions of Qt would hand out the painting of each once
+    // more.
+    qputenv("QT_NO_GUI_THREADPOOL", "1");
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Velmaro"));
     QCoreApplication::setApplicationName(QStringLiteral("Velmaro"));

@@ -125,6 +125,9 @@ int main(int argc, char *argv[])
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
     // Texts are painted with the fonts of the machine, but no window is ever opened: no display is needed.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The photos are painted side by side; newer versions of Qt would hand out the painting of each once
+    // more.
+    qputenv("QT_NO_GUI_THREADPOOL", "1");
     QGuiApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Velmaro"));
     QCoreApplication::setApplicationName(QStringLiteral("Velmaro"));

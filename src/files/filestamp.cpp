@@ -75,6 +75,26 @@ void FileStamp::renewAfterRename()
         m_facts->changed = now->changed;
 }
 
+Placing FileStamp::addName(const QString &path)
+{
+    struct stat status {
+    };
+    if (!m_facts || !m_held || ::fstat(m_held->number(), &status) != 0 || status.st_nlink != 1 ||
+        factsOf(status) != m_facts)
+        return Placing::Failed;
+    const QByteArray name = QFile::encodeName(path);
+    const QByteArray file = "/proc/self/fd/" + QByteArray::number(m_held->number());
+    if (::linkat(AT_FDCWD, file.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW) != 0)
+        return errno == EEXIST ? Placing::NameTaken : Placing::Failed;
+    renewAfterRename();
+    if (::lstat(name.constData(), &status) == 0 && status.st_nlink == 2 && factsOf(status) == m_facts)
+        return Placing::Done;
+    // It was changed just now, or the file system gave it another inode with its second name.
+    ::unlink(name.constData());
+    renewAfterRename();
+    return Placing::Failed;
+}
+
 std::optional<QByteArray> readWhole(const QString &path, FileStamp *stamp, QString *error)
 {
     const Descriptor file = openFile(path, O_RDONLY | O_NOCTTY | O_NONBLOCK);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "files/descriptor.h"
+#include "files/placing.h"
 
 #include <QByteArray>
 #include <QString>
@@ -33,6 +34,11 @@ public:
     /// To be called after renaming the file, which changes its inode but not its contents: `isStill` forgives
     /// that one change.
     void renewAfterRename();
+
+    /// Gives the file itself, whatever its path leads to by now, the further name `path`, when nothing has
+    /// that name; `isStill` forgives that change. `Failed`, and nothing was changed, when it is not as the
+    /// stamp says, already has several names, or cannot have this one: then it has to be copied.
+    Placing addName(const QString &path);
 
     /// Lets go of the file. `isStill` still answers.
     void letGo() { m_held.reset(); }

@@ -61,11 +61,18 @@ bool FileReplacement::open(QString *error)
     return m_unfinished.open(folderOf(m_path), newKind, error);
 }
 
-bool FileReplacement::commit(const QByteArray &contents, FileStamp *stamp, Durability durability,
-                             QString *error)
+bool FileReplacement::write(const QByteArray &contents, Durability durability, QString *error)
 {
-    if (!m_unfinished.write(contents, m_attributesOf, Attributes::OfAReplacement, durability, error))
-        return false;
+    return m_unfinished.write(contents, m_attributesOf, Attributes::OfAReplacement, durability, error);
+}
+
+void FileReplacement::follow(const QString &path)
+{
+    m_path = resolved(path);
+}
+
+bool FileReplacement::place(FileStamp *stamp, QString *error)
+{
     if (stamp) {
         if (!stamp->isStill(m_path)) {
             *error = QStringLiteral("otro programa ha movido o cambiado el archivo mientras se procesaba");
@@ -77,16 +84,22 @@ bool FileReplacement::commit(const QByteArray &contents, FileStamp *stamp, Durab
     if (!FilePlacer::replace(m_unfinished.path(), m_path, error))
         return false;
     m_unfinished.moved();
-    if (durability == Durability::OnReturn)
-        syncFolder(folderOf(m_path));
     return true;
 }
 
-bool replaceContents(const QString &path, const QByteArray &contents, FileStamp &&stamp,
-                     Durability durability, QString *error)
+bool FileReplacement::commit(const QByteArray &contents, FileStamp *stamp, Durability durability,
+                             QString *error)
 {
-    FileReplacement replacement(path);
-    return replacement.open(error) && replacement.commit(contents, &stamp, durability, error);
+    if (!write(contents, durability, error) || !place(stamp, error))
+        return false;
+    if (durability == Durability::OnReturn)
+        syncFolder(folder());
+    return true;
+}
+
+QString FileReplacement::folder() const
+{
+    return folderOf(m_path);
 }
 
 bool writeWhole(const QString &path, const QByteArray &contents, QString *error)

@@ -29,22 +29,29 @@ public:
     /// must not be written to or is no file.
     bool open(QString *error);
 
-    /// Puts the contents in place, after `open`. With `stamp`, only if the file is still as it says; the
-    /// stamp lets go of it.
+    /// Writes the contents, after `open`: with `OnReturn` they are on the disk before they can take a place.
+    bool write(const QByteArray &contents, Durability durability, QString *error);
+
+    /// The file, or the link to it, has got another path since.
+    void follow(const QString &path);
+
+    /// Puts the contents in place, after `write`. With `stamp`, only if the file is still as it says; the
+    /// stamp lets go of it. The new name of the hidden file is still to be brought onto the disk.
+    bool place(FileStamp *stamp, QString *error);
+
+    /// `write` and `place`; with `OnReturn` the name is on the disk too.
     bool commit(const QByteArray &contents, FileStamp *stamp, Durability durability, QString *error);
+
+    /// The folder whose names change.
+    QString folder() const;
 
 private:
     Q_DISABLE_COPY_MOVE(FileReplacement)
 
-    const QString m_path;   ///< links resolved
+    QString m_path;         ///< links resolved
     QString m_attributesOf; ///< empty for a new file
     UnfinishedFile m_unfinished;
 };
-
-/// Replaces the contents of the file `path`, provided that it is still as `stamp` says, as `FileReplacement`
-/// promises. Otherwise, or when it cannot be written, leaves everything as it is, with the reason in `error`.
-bool replaceContents(const QString &path, const QByteArray &contents, FileStamp &&stamp,
-                     Durability durability, QString *error);
 
 /// Writes the file `path` whole or not at all, as `FileReplacement` promises: when it fails, what was there
 /// is still there, with the reason in `error`. For files that are made anew by the user's wish (a profile, a

@@ -189,6 +189,11 @@ bool Journal::aboutToRename(const QString &photo, const QString &name, const QSt
     return append({{photoKey, photo}, {nameKey, name}, {newNameKey, newName}}, Durability::OnReturn);
 }
 
+bool Journal::stays(const QString &photo)
+{
+    return append({{begunKey, photo}}, Durability::OnReturn);
+}
+
 bool Journal::finish(const QString &photo, const QJsonObject &feature)
 {
     return append({{finishedKey, photo}, {featureKey, feature}}, Durability::Later);

@@ -48,6 +48,7 @@ public:
     // What happens to a photo. They return false when the line could not be written.
     bool begin(const QString &photo);
     bool aboutToRename(const QString &photo, const QString &name, const QString &newName);
+    bool stays(const QString &photo); ///< it did not get the name that it was about to get, nor another
     bool finish(const QString &photo, const QJsonObject &feature);
 
     /// Why a line could not be written; empty when all were.

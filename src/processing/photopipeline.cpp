@@ -36,10 +36,25 @@ MapPoint pointOf(const OverlayData &data)
 
 } // namespace
 
+// What a photo has become.
+struct PhotoPipeline::Result {
+    StampedPicture picture;
+    QStringList lost; ///< what the format cannot keep
+    QString imageError;
+    QString metadataError;
+    bool isWritten = false; ///< hidden
+
+    void addToImageError(const QString &error)
+    {
+        if (imageError.isEmpty())
+            imageError = error;
+    }
+};
+
 PhotoPipeline::PhotoPipeline(const BatchRun &run, const QString &sourcePath)
     : m_run(run)
     , m_options(run.options)
-    , m_file(run, sourcePath, m_lines)
+    , m_file(PhotoFile::of(run, sourcePath, m_lines))
 {
 }
 
@@ -60,14 +75,14 @@ QString PhotoPipeline::failure(Outcome outcome) const
 
 const PhotoFile &PhotoPipeline::file() const
 {
-    return m_file;
+    return *m_file;
 }
 
 MapPoint PhotoPipeline::mapPoint() const
 {
     MapPoint point = m_mapPoint;
-    point.result = m_file.path();
-    point.source = m_file.sourcePath();
+    point.result = m_file->path();
+    point.source = m_file->sourcePath();
     return point;
 }
 
@@ -78,30 +93,44 @@ void PhotoPipeline::write(const QString &line)
 
 PhotoPipeline::Outcome PhotoPipeline::process()
 {
-    write(QStringLiteral("\nProcesando: ") + m_file.name());
-    m_source = m_file.read().value_or(QByteArray());
-    if (!m_file.takeUp())
+    try {
+        const Outcome outcome = processed();
+        return outcome == Outcome::Finished || m_file->leave() ? outcome : Outcome::Left;
+    } catch (...) {
+        m_file->leave();
+        throw;
+    }
+}
+
+// All is made in memory before a file gets a name or contents.
+PhotoPipeline::Outcome PhotoPipeline::processed()
+{
+    write(QStringLiteral("\nProcesando: ") + m_file->name());
+    m_source = m_file->read().value_or(QByteArray());
+    if (!m_file->takeUp())
         return Outcome::Left;
     const PhotoMetadata metadata = readSource();
     const std::optional<PhotoData> data = settled(metadata);
-    if (!data || (m_options.renamePhotos && !m_file.rename(utmName(data->overlay.utm))))
+    if (!data)
         return Outcome::Left;
-    const QString suffix = QFileInfo(m_file.path()).suffix();
-    const StampedPicture picture = stampedPicture(m_source, metadata, data->overlay, suffix, m_run);
-    if (!picture.isImage) {
-        write(QStringLiteral("Error al abrir la imagen: ") + m_file.path());
+    Result result = prepared(metadata, *data);
+    if (m_options.renamePhotos && !m_file->rename(utmName(data->overlay.utm)))
+        return Outcome::Left;
+    if (!result.picture.isImage) {
+        write(QStringLiteral("Error al abrir la imagen: ") + m_file->path());
         return Outcome::Left;
     }
-    return save(picture, metadataToWrite(metadata, *data, picture.encoded.has_value()));
+    return save(std::move(result));
 }
 
 PhotoMetadata PhotoPipeline::readSource()
 {
-    write(QStringLiteral("Intentando leer EXIF desde (nativo original): ") + nativePath(m_file.sourcePath()));
+    write(QStringLiteral("Intentando leer EXIF desde (nativo original): ") +
+          nativePath(m_file->sourcePath()));
     QString error;
     const std::optional<PhotoMetadata> metadata = readMetadata(m_source, &error);
     if (!error.isEmpty())
-        write(QStringLiteral("Error leyendo metadata original para ") + m_file.name());
+        write(QStringLiteral("Error leyendo metadata original para ") + m_file->name());
     return metadata.value_or(PhotoMetadata());
 }
 
@@ -125,7 +154,7 @@ QDateTime PhotoPipeline::settledDate(const PhotoMetadata &metadata)
 {
     if (const std::optional<QDateTime> date = captureDateOf(metadata.exif))
         return *date;
-    write(QStringLiteral("Fecha de captura no encontrada en metadata para ") + m_file.name() +
+    write(QStringLiteral("Fecha de captura no encontrada en metadata para ") + m_file->name() +
           QStringLiteral(". Usando fecha/hora actual."));
     return QDateTime::currentDateTime();
 }
@@ -134,7 +163,7 @@ void PhotoPipeline::settleFromExif(const PhotoMetadata &metadata, OverlayData &d
 {
     const std::optional<GpsData> gps = gpsOf(metadata.exif);
     if (!gps) {
-        write(QStringLiteral("Datos GPS no encontrados en EXIF para ") + m_file.name() +
+        write(QStringLiteral("Datos GPS no encontrados en EXIF para ") + m_file->name() +
               QStringLiteral(". Usando coords fijas."));
         return;
     }
@@ -149,9 +178,10 @@ void PhotoPipeline::settleFromExif(const PhotoMetadata &metadata, OverlayData &d
 
 bool PhotoPipeline::settleFromTable(OverlayData &data)
 {
-    const auto row = m_run.table ? m_run.table->constFind(m_file.name()) : CoordinatesTable::const_iterator();
+    const auto row =
+        m_run.table ? m_run.table->constFind(m_file->name()) : CoordinatesTable::const_iterator();
     if (!m_run.table || row == m_run.table->constEnd()) {
-        write(QStringLiteral("Coordenadas UTM no encontradas en archivo TXT para ") + m_file.name());
+        write(QStringLiteral("Coordenadas UTM no encontradas en archivo TXT para ") + m_file->name());
         return false;
     }
     data.utm = *row;
@@ -186,7 +216,7 @@ QString PhotoPipeline::utmName(const UtmPosition &utm) const
 
 QString PhotoPipeline::fileName() const
 {
-    return QFileInfo(m_file.path()).fileName();
+    return QFileInfo(m_file->path()).fileName();
 }
 
 bool PhotoPipeline::writesFreshTags() const
@@ -195,11 +225,10 @@ bool PhotoPipeline::writesFreshTags() const
 }
 
 PhotoMetadata PhotoPipeline::metadataToWrite(const PhotoMetadata &original, const PhotoData &data,
-                                             bool painted)
+                                             bool painted) const
 {
     if (!writesFreshTags())
         return original;
-    write(QStringLiteral("Generando nuevos metadatos EXIF desde datos TXT para ") + fileName());
     const OverlayData &overlay = data.overlay;
     Exiv2::ExifData exif = freshExif({*overlay.geo, overlay.orientation, overlay.altitude, overlay.dateTime});
     // A file that keeps its own pixels has to say how they are stored.
@@ -211,41 +240,56 @@ PhotoMetadata PhotoPipeline::metadataToWrite(const PhotoMetadata &original, cons
 // The file is replaced once, image and metadata together; the lines still tell of the two steps one after the
 // other. Without a painted picture the photo's own bytes go on, and only fresh tags change them. A picture
 // that cannot take the metadata does not replace the photo, which may be the only file that has them.
-PhotoPipeline::Outcome PhotoPipeline::save(const StampedPicture &picture, const PhotoMetadata &metadata)
+PhotoPipeline::Result PhotoPipeline::prepared(const PhotoMetadata &original, const PhotoData &data)
 {
-    QString imageError = picture.error;
-    QString metadataError;
-    PhotoContents contents{picture.encoded.value_or(m_source), {}};
-    if (picture.encoded || metadata.isFresh) {
-        if (std::optional<PhotoContents> complete = withMetadata(contents.bytes, metadata, &metadataError))
-            contents = std::move(*complete);
-        else
-            imageError = imageError.isEmpty() ? metadataError : imageError;
+    Result result;
+    const QString suffix =
+        m_options.renamePhotos ? QStringLiteral("jpg") : QFileInfo(m_file->path()).suffix();
+    result.picture = stampedPicture(m_source, original, data.overlay, suffix, m_run);
+    if (!result.picture.isImage)
+        return result;
+    result.imageError = result.picture.error;
+    const PhotoMetadata metadata = metadataToWrite(original, data, result.picture.encoded.has_value());
+    if (!result.picture.encoded && !metadata.isFresh)
+        return result;
+    const std::optional<PhotoContents> contents =
+        withMetadata(result.picture.encoded.value_or(m_source), metadata, &result.metadataError);
+    if (!contents) {
+        result.addToImageError(result.metadataError);
+        return result;
     }
-    QString writeError;
-    const bool isNew =
-        metadataError.isEmpty() && (contents.bytes != m_source || (picture.encoded && m_file.isWaiting()));
-    if (isNew && !m_file.replace(contents.bytes, &writeError)) {
-        imageError = imageError.isEmpty() ? writeError : imageError;
-        metadataError = metadataError.isEmpty() ? writeError : metadataError;
-    }
+    result.lost = contents->lost;
+    result.isWritten = m_file->prepare(contents->bytes, &result.metadataError);
+    if (!result.isWritten)
+        result.addToImageError(result.metadataError);
+    return result;
+}
 
-    if (!imageError.isEmpty())
-        write(QStringLiteral("Error guardando la imagen: ") + imageError);
-    write(QStringLiteral("Intentando escribir EXIF a (nativo): ") + nativePath(m_file.path()));
+PhotoPipeline::Outcome PhotoPipeline::save(Result result)
+{
+    if (writesFreshTags())
+        write(QStringLiteral("Generando nuevos metadatos EXIF desde datos TXT para ") + fileName());
+    if (result.isWritten && !m_file->place(&result.metadataError))
+        result.addToImageError(result.metadataError);
+
+    const StampedPicture &picture = result.picture;
+    if (!result.imageError.isEmpty())
+        write(QStringLiteral("Error guardando la imagen: ") + result.imageError);
+    write(QStringLiteral("Intentando escribir EXIF a (nativo): ") + nativePath(m_file->path()));
     if (picture.encoded && m_options.lossless && !picture.isLossless) {
         write(
             QStringLiteral("No se pudo dejar intacto lo que rodea al sello en %1: se guarda con calidad 100.")
                 .arg(fileName()));
     }
-    if (picture.encoded && !contents.lost.isEmpty()) {
+    if (picture.encoded && !result.lost.isEmpty()) {
         write(QStringLiteral("No se conserva en %1: %2")
-                  .arg(fileName(), contents.lost.join(QStringLiteral(", "))));
+                  .arg(fileName(), result.lost.join(QStringLiteral(", "))));
     }
-    if (metadataError.isEmpty())
+    if (result.metadataError.isEmpty())
         write(QStringLiteral("Metadatos escritos para ") + fileName());
     else
         write(QStringLiteral("Error escribiendo metadatos en ") + fileName() + QStringLiteral(": ") +
-              metadataError);
-    return imageError.isEmpty() && metadataError.isEmpty() ? Outcome::Finished : Outcome::NotSaved;
+              result.metadataError);
+    return result.imageError.isEmpty() && result.metadataError.isEmpty() ? Outcome::Finished
+                                                                         : Outcome::NotSaved;
 }

@@ -9,6 +9,7 @@
 
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 /// What is settled about a photo before its file is touched.
@@ -17,8 +18,8 @@ struct PhotoData {
     int storedOrientation = 1; ///< of the pixels in the file; they are turned when `overlay` has another
 };
 
-/// The way of one photo through a run: copy or backup, metadata, position, name, overlay, saving. Each step
-/// writes its lines to the photo's own list. An object serves one photo, on one thread.
+/// The way of one photo through a run: backup, metadata, position, overlay, name, saving. Each step writes
+/// its lines to the photo's own list. An object serves one photo, on one thread.
 class PhotoPipeline
 {
     Q_DISABLE_COPY_MOVE(PhotoPipeline)
@@ -32,6 +33,7 @@ public:
 
     PhotoPipeline(const BatchRun &run, const QString &sourcePath);
 
+    /// Whatever it throws, the photo's files are settled as of one that is left.
     Outcome process();
 
     /// The photo's own log.
@@ -47,14 +49,18 @@ public:
     MapPoint mapPoint() const;
 
 private:
+    struct Result;
+
+    Outcome processed();
     PhotoMetadata readSource();
     std::optional<PhotoData> settled(const PhotoMetadata &metadata);
     QDateTime settledDate(const PhotoMetadata &metadata);
     void settleFromExif(const PhotoMetadata &metadata, OverlayData &data);
     bool settleFromTable(OverlayData &data);
     QString utmName(const UtmPosition &utm) const;
-    PhotoMetadata metadataToWrite(const PhotoMetadata &original, const PhotoData &data, bool painted);
-    Outcome save(const StampedPicture &picture, const PhotoMetadata &metadata);
+    PhotoMetadata metadataToWrite(const PhotoMetadata &original, const PhotoData &data, bool painted) const;
+    Result prepared(const PhotoMetadata &metadata, const PhotoData &data);
+    Outcome save(Result result);
 
     QString fileName() const;
     bool writesFreshTags() const;
@@ -63,7 +69,7 @@ private:
     const BatchRun &m_run;
     const ProcessOptions &m_options;
     QStringList m_lines;
-    PhotoFile m_file;
+    const std::unique_ptr<PhotoFile> m_file;
     QByteArray m_source; ///< the photo as it was, read once
     MapPoint m_mapPoint; ///< paths excepted
 };

@@ -13,9 +13,10 @@
 #include <QMutex>
 #include <QThread>
 #include <QThreadPool>
-#include <QtConcurrentMap>
 
+#include <algorithm>
 #include <atomic>
+#include <latch>
 
 namespace
 {
@@ -109,19 +110,29 @@ private:
     QHash<QString, PhotoProcessor::LeftPhoto> m_leftPhotos;
 };
 
-// Calls `task` for every photo, on `threads` threads of a pool of its own: Qt's painting on the GUI thread
-// uses the global pool and would stand still while that is full. A single photo is done here and now.
+// Calls `task` for every photo, on `threads` threads of the pool to which Qt hands out what is painted: its
+// own threads paint by themselves, while any other thread gives large areas away bit by bit, and waits. One
+// more thread stays free for what the window paints meanwhile. A single photo is done here and now.
 template <typename Task>
-void mapPhotos(QStringList photos, int threads, const Task &task)
+void mapPhotos(const QStringList &photos, int threads, const Task &task)
 {
-    if (photos.size() <= 1 || threads == 1) {
-        for (const QString &path : photos)
-            task(path);
-        return;
+    std::atomic<qsizetype> next = 0;
+    const auto work = [&] {
+        for (qsizetype at = next++; at < photos.size(); at = next++)
+            task(photos[at]);
+    };
+    if (photos.size() <= 1)
+        return work();
+    QThreadPool *pool = QThreadPool::globalInstance();
+    pool->setMaxThreadCount(std::max(pool->maxThreadCount(), threads + 1));
+    std::latch working(threads);
+    for (int thread = 0; thread < threads; ++thread) {
+        pool->start([&] {
+            work();
+            working.count_down();
+        });
     }
-    QThreadPool pool;
-    pool.setMaxThreadCount(threads);
-    QtConcurrent::map(&pool, photos, task).waitForFinished();
+    working.wait();
 }
 
 // The photos of a part that are still to be done, and how many of it are not.

@@ -6,7 +6,6 @@
 
 #include <QDir>
 #include <QMutexLocker>
-#include <QSet>
 
 namespace
 {
@@ -142,9 +141,17 @@ void RunFiles::noLongerAwaited(const QString &source)
     --m_awaited[foldedName(source)];
 }
 
+void RunFiles::changed(const QString &folder)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_changedFolders.insert(folder);
+}
+
 QString RunFiles::finish()
 {
     const QMutexLocker locker(&m_mutex);
+    for (const QString &folder : std::as_const(m_changedFolders))
+        syncFolder(folder);
     if (m_record) {
         QStringList results;
         for (const QStringList &paths : std::as_const(m_claimed))

@@ -10,6 +10,7 @@
 #include <QHash>
 #include <QMultiHash>
 #include <QMutex>
+#include <QSet>
 #include <QStringList>
 
 #include <optional>
@@ -46,8 +47,11 @@ public:
     /// The copy of the photo has come, or will not come any more.
     void noLongerAwaited(const QString &source);
 
-    /// At the end of the run: brings everything that came into the output folder onto the disk. Empty, or the
-    /// reason why not all of it is there.
+    /// Names have changed in a folder of photos.
+    void changed(const QString &folder);
+
+    /// At the end of the run: brings everything that came into the output folder onto the disk, or the names
+    /// of the photos where they are. Empty, or the reason why not all of the output folder is there.
     QString finish();
 
 private:
@@ -73,4 +77,5 @@ private:
     QHash<QString, QStringList> m_claimed;  ///< paths by key
     QHash<QString, int> m_awaited;          ///< how many, by path, letters folded
     QHash<FileId, QString> m_outputFolders; ///< the first path of each
+    QSet<QString> m_changedFolders;
 };

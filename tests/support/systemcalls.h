@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QScopeGuard>
+#include <QThreadPool>
+
 #include <cerrno>
 #include <cstddef>
 #include <functional>
@@ -14,9 +17,10 @@
 #include <unistd.h>
 #include <vector>
 
-/// Runs `work` in a thread of its own, and returns what it returns. Whenever that is about to ask the system
-/// for one of `calls`, `answer` comes first, which may do to the files what others might do in that moment:
-/// the call then fails with the error number that `answer` returns, or with 0 takes place.
+/// Runs `work` in a thread of its own, and returns what it returns. Whenever that, or a thread of Qt's global
+/// pool that it starts, is about to ask the system for one of `calls`, `answer` comes first, which may do to
+/// the files what others might do in that moment: the call then fails with the error number that `answer`
+/// returns, or with 0 takes place.
 template <typename Work>
 auto withSystemCalls(const std::vector<long> &calls, const std::function<int(const seccomp_data &)> &answer,
                      const Work &work)
@@ -29,7 +33,9 @@ auto withSystemCalls(const std::vector<long> &calls, const std::function<int(con
     filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
     const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
     std::promise<long> listening;
+    QThreadPool::globalInstance()->waitForDone(); // none is left that was started before
     auto result = std::async(std::launch::async, [&] {
+        const auto pool = qScopeGuard([] { QThreadPool::globalInstance()->waitForDone(); });
         prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
         listening.set_value(
             syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program));
