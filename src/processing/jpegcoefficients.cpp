@@ -378,7 +378,6 @@ bool Stamper::encode(Piece &piece, const QImage &pixels, QPoint topLeft)
 {
     BlockLayout layout = m_layout;
     layout.mcusAcross = piece.mcus.width();
-    layout.mcusDown = piece.mcus.height();
     piece.painted = std::make_unique<CoefficientRows>(layout, piece.mcus.height(), m_buffers);
     const QRect area = pixelsOf(piece.mcus);
     const QPoint offset = area.topLeft() - topLeft;

@@ -28,12 +28,14 @@ struct PixelBuffers::Shelf {
     Buffer take(size_t size)
     {
         const QMutexLocker locker(&mutex);
-        const auto enough = free.lower_bound(size);
-        if (enough != free.end())
-            return std::move(free.extract(enough).mapped());
-        if (!free.empty())
+        Buffer buffer;
+        if (const auto enough = free.lower_bound(size); enough != free.end()) {
+            buffer = std::move(enough->second);
+            free.erase(enough);
+        } else if (!free.empty()) {
             free.erase(std::prev(free.end()));
-        return {};
+        }
+        return buffer;
     }
 
     void put(Buffer buffer)
