@@ -158,7 +158,9 @@ private slots:
         m_data.altitude.reset();
         m_options.drawTime = m_options.bgText = false;
         QCOMPARE(stamped(), expected({{utm}, {day}}));
-        for (const auto &[wanted, pointSize] : {std::pair(27.9, 27), {10.9, 10}, {11.2, 11}, {1.0, 10}}) {
+        // The largest is beyond what the painter keeps letters ready for.
+        for (const auto &[wanted, pointSize] :
+             {std::pair(27.9, 27), {10.9, 10}, {11.2, 11}, {1.0, 10}, {60.0, 60}}) {
             m_options.fontSizeRatio = wanted / 450;
             QCOMPARE(stamped(), expected({{utm}, {day}}, pointSize));
         }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace
 {
@@ -18,9 +19,10 @@ CoefficientRows::CoefficientRows(const BlockLayout &layout, int rows, PixelBuffe
 {
     size_t blocks = 0;
     for (size_t component = 0; component < m_components.size(); ++component) {
-        m_components[component].rows.resize(static_cast<size_t>(rows) *
-                                            static_cast<size_t>(layout.down[component]));
-        blocks += m_components[component].rows.size() * static_cast<size_t>(blocksAcross(component));
+        const auto down = static_cast<size_t>(layout.down[component]);
+        m_components[component].rows.resize(static_cast<size_t>(layout.mcusDown) * down);
+        m_components[component].free.resize(static_cast<size_t>(rows) * down);
+        blocks += m_components[component].free.size() * static_cast<size_t>(blocksAcross(component));
     }
     if (blocks * sizeof(JBLOCK) <= mostBytes)
         m_memory = buffers.memory(blocks * sizeof(JBLOCK));
@@ -29,7 +31,7 @@ CoefficientRows::CoefficientRows(const BlockLayout &layout, int rows, PixelBuffe
 
     auto *next = reinterpret_cast<JBLOCKROW>(m_memory.get());
     for (size_t component = 0; component < m_components.size(); ++component) {
-        for (JBLOCKROW &row : m_components[component].rows) {
+        for (JBLOCKROW &row : m_components[component].free) {
             row = next;
             next += blocksAcross(component);
         }
@@ -39,19 +41,27 @@ CoefficientRows::CoefficientRows(const BlockLayout &layout, int rows, PixelBuffe
 JBLOCKARRAY CoefficientRows::rows(size_t component, JDIMENSION first, JDIMENSION count, bool) noexcept
 {
     Component &kept = m_components[component];
-    const JBLOCKARRAY found = kept.rows.data() + first % kept.rows.size();
-    if (first >= kept.used) {
-        for (JDIMENSION row = 0; row < count; ++row)
-            std::memset(found[row], 0, static_cast<size_t>(blocksAcross(component)) * sizeof(JBLOCK));
-        kept.used = first + count;
+    for (JDIMENSION index = first; index < first + count; ++index) {
+        if (kept.rows[index])
+            continue;
+        if (kept.free.empty())
+            return nullptr;
+        kept.rows[index] = kept.free.back();
+        kept.free.pop_back();
+        std::memset(kept.rows[index], 0, static_cast<size_t>(blocksAcross(component)) * sizeof(JBLOCK));
     }
-    return found;
+    return kept.rows.data() + first;
 }
 
-JBLOCKROW CoefficientRows::row(size_t component, int index) const
+void CoefficientRows::letGo(int mcuRow) noexcept
 {
-    const std::vector<JBLOCKROW> &rows = m_components[component].rows;
-    return rows[static_cast<size_t>(index) % rows.size()];
+    for (size_t component = 0; component < m_components.size(); ++component) {
+        Component &kept = m_components[component];
+        const auto down = static_cast<size_t>(m_layout.down[component]);
+        const size_t first = static_cast<size_t>(mcuRow) * down;
+        for (size_t index = first; index < first + down; ++index)
+            kept.free.push_back(std::exchange(kept.rows[index], nullptr));
+    }
 }
 
 bool CoefficientRows::isCodable(size_t component, int index) const
@@ -75,7 +85,19 @@ bool CoefficientRows::isCodable(size_t component, int index) const
     });
 }
 
-PartOfRows::PartOfRows(const CoefficientRows &whole, QPoint topLeft, CoefficientRows &unread)
+EmptyRows::EmptyRows(const BlockLayout &layout)
+{
+    const int widest = *std::max_element(layout.across.begin(), layout.across.end()) * layout.mcusAcross;
+    m_zeros.resize(static_cast<size_t>(widest) * DCTSIZE2);
+    m_rows.fill(reinterpret_cast<JBLOCKROW>(m_zeros.data()));
+}
+
+JBLOCKARRAY EmptyRows::rows(size_t, JDIMENSION, JDIMENSION, bool) noexcept
+{
+    return m_rows.data();
+}
+
+PartOfRows::PartOfRows(const CoefficientRows &whole, QPoint topLeft, EmptyRows &unread)
     : m_whole(whole)
     , m_unread(unread)
     , m_topLeft(topLeft)
@@ -85,7 +107,7 @@ PartOfRows::PartOfRows(const CoefficientRows &whole, QPoint topLeft, Coefficient
 JBLOCKARRAY PartOfRows::rows(size_t component, JDIMENSION first, JDIMENSION count, bool toWrite) noexcept
 {
     if (toWrite)
-        return m_unread.rows(component, 0, count, true);
+        return m_unread.rows(component, first, count, true);
     const BlockLayout &layout = m_whole.layout();
     const int top = m_topLeft.y() * layout.down[component] + static_cast<int>(first);
     for (JDIMENSION row = 0; row < count; ++row)

@@ -41,8 +41,8 @@ struct BlockLayout {
     }
 };
 
-/// The coefficients of some rows of MCUs, all components: a window that moves down a picture as its rows are
-/// asked for.
+/// The coefficients of a picture, all components, as far as they are needed at once: a row is there from when
+/// it is first asked for until it is let go.
 class CoefficientRows : public BlockStore
 {
 public:
@@ -52,8 +52,15 @@ public:
 
     JBLOCKARRAY rows(size_t component, JDIMENSION first, JDIMENSION count, bool toWrite) noexcept override;
 
-    /// The blocks of a component in a row of the window. Row `index` counts rows of blocks.
-    JBLOCKROW row(size_t component, int index) const;
+    /// Lets go of a row of MCUs. The next one that is asked for takes its place in memory, which is still in
+    /// the processor's cache.
+    void letGo(int mcuRow) noexcept;
+
+    /// The blocks of a component in a row that is there. Row `index` counts rows of blocks.
+    JBLOCKROW row(size_t component, int index) const
+    {
+        return m_components[component].rows[static_cast<size_t>(index)];
+    }
 
     /// Whether baseline JPEG can code a row. What no picture can hold it cannot: the library does not look
     /// and writes nonsense.
@@ -64,8 +71,8 @@ public:
 
 private:
     struct Component {
-        std::vector<JBLOCKROW> rows;
-        JDIMENSION used = 0; ///< rows that have been asked for, from the first one on
+        std::vector<JBLOCKROW> rows; ///< of the whole picture; null where a row is not there
+        std::vector<JBLOCKROW> free; ///< the next one is the last
     };
 
     BlockLayout m_layout;
@@ -73,19 +80,32 @@ private:
     std::array<Component, 3> m_components;
 };
 
-/// A part of a picture, read from the rows of the whole, which have to be in memory. What is written, goes to
+/// A picture in which there is nothing: one row of zeros, whatever is asked for. Only zeros may be written.
+class EmptyRows : public BlockStore
+{
+public:
+    explicit EmptyRows(const BlockLayout &layout);
+
+    JBLOCKARRAY rows(size_t component, JDIMENSION first, JDIMENSION count, bool toWrite) noexcept override;
+
+private:
+    std::vector<JCOEF> m_zeros;
+    std::array<JBLOCKROW, MAX_SAMP_FACTOR> m_rows{};
+};
+
+/// A part of a picture, read from the rows of the whole, which have to be there. What is written, goes to
 /// rows that nobody reads: the coding of nothing that a decompressor asks for first.
 class PartOfRows : public BlockStore
 {
 public:
     /// `topLeft` is the first MCU of the part. `unread` has room for a row of it.
-    PartOfRows(const CoefficientRows &whole, QPoint topLeft, CoefficientRows &unread);
+    PartOfRows(const CoefficientRows &whole, QPoint topLeft, EmptyRows &unread);
 
     JBLOCKARRAY rows(size_t component, JDIMENSION first, JDIMENSION count, bool toWrite) noexcept override;
 
 private:
     const CoefficientRows &m_whole;
-    CoefficientRows &m_unread;
+    EmptyRows &m_unread;
     QPoint m_topLeft;
     std::array<JBLOCKROW, MAX_SAMP_FACTOR> m_rows{};
 };

@@ -276,6 +276,8 @@ JBLOCKARRAY Stamper::rows(size_t component, JDIMENSION first, JDIMENSION count, 
 // decoded from is changed.
 bool Stamper::finishRow(int mcuRow)
 {
+    if (mcuRow > 0)
+        m_rows->letGo(mcuRow - 1);
     for (Piece &piece : m_pieces) {
         if (!piece.done && withMargin(piece.mcus).top() <= mcuRow && !paint(piece))
             return false;
@@ -347,7 +349,7 @@ bool Stamper::decode(const CoefficientRows &rows, const QRect &mcus, bool requan
 {
     BlockLayout layout = m_layout;
     layout.mcusAcross = mcus.width();
-    CoefficientRows nothing(layout, 1, m_buffers);
+    EmptyRows nothing(layout);
     EncodedBytes blank(4096);
     JpegCompressor encoder;
     const bool written = encoder.run([&] {

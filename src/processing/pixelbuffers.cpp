@@ -4,10 +4,10 @@
 #include <QMutex>
 #include <QMutexLocker>
 
-#include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <map>
 #include <utility>
-#include <vector>
 
 namespace
 {
@@ -24,29 +24,28 @@ struct Buffer {
 } // namespace
 
 struct PixelBuffers::Shelf {
-    // A buffer that is large enough or, failing that, none; one that is too small makes room for it.
+    // The smallest buffer that is large enough or, failing that, none; the largest then makes room for one.
     Buffer take(size_t size)
     {
         const QMutexLocker locker(&mutex);
-        if (free.empty())
-            return {};
-        const auto smaller = [](const Buffer &a, const Buffer &b) {
-            return a.size < b.size;
-        };
-        auto largest = std::max_element(free.begin(), free.end(), smaller);
-        Buffer buffer = std::move(*largest);
-        free.erase(largest);
-        return buffer.size >= size ? std::move(buffer) : Buffer();
+        Buffer buffer;
+        if (const auto enough = free.lower_bound(size); enough != free.end()) {
+            buffer = std::move(enough->second);
+            free.erase(enough);
+        } else if (!free.empty()) {
+            free.erase(std::prev(free.end()));
+        }
+        return buffer;
     }
 
     void put(Buffer buffer)
     {
         const QMutexLocker locker(&mutex);
-        free.push_back(std::move(buffer));
+        free.emplace(buffer.size, std::move(buffer));
     }
 
     QMutex mutex;
-    std::vector<Buffer> free;
+    std::multimap<size_t, Buffer> free; ///< by size
 };
 
 struct PixelBuffers::Lease {

@@ -8,9 +8,12 @@
 #include "render/uprightimage.h"
 
 #include <QFontMetrics>
+#include <QGlyphRun>
 #include <QMap>
 #include <QPainter>
+#include <QRawFont>
 #include <QStringList>
+#include <QTextLayout>
 
 #include <algorithm>
 
@@ -95,6 +98,39 @@ void drawBox(QPainter &painter, const QRect &box)
     painter.setPen(QPen(Qt::white, 2.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     painter.setBrush(QColor(211, 211, 211, 128));
     painter.drawRoundedRect(box, 6.0, 6.0, Qt::AbsoluteSize);
+}
+
+// Paints a line as drawText does, but bit by bit: large letters are filled as one path, and the engine walks
+// along all of it anew for every few rows of pixels. Letters that come near each other stay together, as
+// their smoothed edges may share a pixel.
+void drawLine(QPainter &painter, const QFont &font, QPoint start, const QString &line)
+{
+    constexpr double apart = 2.0; // pixels
+    QTextLayout layout(line, font, painter.device());
+    layout.beginLayout();
+    QTextLine textLine = layout.createLine();
+    textLine.setNumColumns(static_cast<int>(line.size()));
+    textLine.setPosition(QPointF(0, -textLine.ascent()));
+    layout.endLayout();
+    for (const QGlyphRun &run : layout.glyphRuns()) {
+        const QList<quint32> glyphs = run.glyphIndexes();
+        const QList<QPointF> places = run.positions();
+        QGlyphRun part = run;
+        qsizetype first = 0;
+        double right = 0;
+        for (qsizetype next = 0; next <= glyphs.size(); ++next) {
+            const bool isEnd = next == glyphs.size();
+            const QRectF box =
+                isEnd ? QRectF() : run.rawFont().boundingRect(glyphs[next]).translated(places[next]);
+            if (isEnd || (next > first && box.left() > right + apart)) {
+                part.setGlyphIndexes(glyphs.sliced(first, next - first));
+                part.setPositions(places.sliced(first, next - first));
+                painter.drawGlyphRun(start, part);
+                first = next;
+            }
+            right = next == first ? box.right() : std::max(right, box.right());
+        }
+    }
 }
 
 // The metrics of a font on a device as PaintDensity makes it.
@@ -189,9 +225,8 @@ void Overlay::addTextBlock(const QFont &font, const CornerPosition &position, co
         if (right)
             start.setX(m_canvas.width() - 25 - metrics.horizontalAdvance(line));
         const auto paint = [font, colour = options.fontColor, start, line](QPainter &painter) {
-            painter.setFont(font);
             painter.setPen(colour);
-            painter.drawText(start, line);
+            drawLine(painter, font, start, line);
         };
         // The pixel around it is for smoothed edges.
         add(metrics.boundingRect(line).translated(start).adjusted(-1, -1, 1, 1), paint);
