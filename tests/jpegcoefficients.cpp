@@ -209,6 +209,21 @@ private slots:
         const Overlay large = overlay(m_photo.size(), 1, 3.0);
         QVERIFY(!stampedByCoefficients(jpeg, large, {}, m_buffers));
         QVERIFY(stampedByCoefficients(jpeg, large, {.keepTables = true}, m_buffers));
+
+        // One block with a single coefficient, AC or DC, of 10 or 11 bits: only 10 can be written again.
+        const auto single = [this](const char *longest, const char *pixels) {
+            const QByteArray start = "ffd8 ffdb0043 00" + QByteArray("01").repeated(64) +
+                                     "ffc00011 0800080008 03 011100 021100 031100 ffc40015 00 0002" +
+                                     QByteArray("00").repeated(14) + "000b ffc40015 10 0002" +
+                                     QByteArray("00").repeated(15);
+            const QByteArray bytes = start + longest + "ffda000c 03 0100 0200 0300 003f00" + pixels + "ffd9";
+            const Overlay nothing({8, 8}, {}, {}, {}, {});
+            return stampedByCoefficients(QByteArray::fromHex(bytes), nothing, {.keepTables = true}, m_buffers)
+                .has_value();
+        };
+        QVERIFY(single("0a", "1ffc00"));
+        QVERIFY(!single("0b", "1ffe007f"));
+        QVERIFY(!single("0a", "7ff801"));
     }
 
     // Between the tables of 85 and 90 many coefficients lie halfway: pixels are nearer by 1 dB. From 93 to 90

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -64,7 +65,22 @@ void CoefficientRows::letGo(int mcuRow) noexcept
     }
 }
 
-bool CoefficientRows::isCodable(size_t component, int index) const
+bool codesOnlyCodableAc(const jpeg_decompress_struct &source)
+{
+    constexpr int mostBits = 10;
+    const auto isShort = [](UINT8 symbol) {
+        return (symbol & 15) <= mostBits;
+    };
+    return !source.arith_code &&
+           std::all_of(source.comp_info, source.comp_info + source.num_components,
+                       [&](const jpeg_component_info &component) {
+                           const JHUFF_TBL *table = source.ac_huff_tbl_ptrs[component.ac_tbl_no];
+                           return table &&
+                                  std::all_of(std::begin(table->huffval), std::end(table->huffval), isShort);
+                       });
+}
+
+bool CoefficientRows::isCodable(size_t component, int index, bool acIsCodable) const
 {
     constexpr JCOEF most = 1023;
     const JBLOCKROW blocks = row(component, index);
@@ -77,11 +93,12 @@ bool CoefficientRows::isCodable(size_t component, int index) const
         }
         return lowest >= -most && highest <= most;
     };
-    if (isWithin(blocks[0], blocks[blocksAcross(component)]))
+    if (!acIsCodable && isWithin(blocks[0], blocks[blocksAcross(component)]))
         return true;
     return std::all_of(blocks, blocks + blocksAcross(component), [&](const JBLOCK &block) {
-        const bool isBlack = block[0] == -most - 1; // the one value more that a DC coefficient has
-        return isWithin(block + (isBlack ? 1 : 0), block + DCTSIZE2);
+        // black is the one value more that a DC coefficient has
+        return block[0] >= -most - 1 && block[0] <= most &&
+               (acIsCodable || isWithin(block + 1, block + DCTSIZE2));
     });
 }
 

@@ -41,6 +41,10 @@ struct BlockLayout {
     }
 };
 
+/// Whether a JPEG of one scan, which has begun, can have no AC coefficient that baseline JPEG cannot code: as
+/// its Huffman tables tell.
+bool codesOnlyCodableAc(const jpeg_decompress_struct &source);
+
 /// The coefficients of a picture, all components, as far as they are needed at once: a row is there from when
 /// it is first asked for until it is let go.
 class CoefficientRows : public BlockStore
@@ -63,8 +67,8 @@ public:
     }
 
     /// Whether baseline JPEG can code a row. What no picture can hold it cannot: the library does not look
-    /// and writes nonsense.
-    bool isCodable(size_t component, int index) const;
+    /// and writes nonsense. With `acIsCodable` only the DC coefficients are looked at.
+    bool isCodable(size_t component, int index, bool acIsCodable) const;
 
     const BlockLayout &layout() const { return m_layout; }
     int blocksAcross(size_t component) const { return m_layout.across[component] * m_layout.mcusAcross; }

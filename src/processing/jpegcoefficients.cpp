@@ -101,6 +101,7 @@ private:
     QRect m_whole; ///< in MCUs
     std::unique_ptr<CoefficientRows> m_rows;
     std::array<Requantiser, componentCount> m_requantisers;
+    bool m_isAcCodable = false; ///< whatever is read
     std::vector<Piece> m_pieces;
     std::optional<PixelTrial> m_trial; ///< unless the tables are kept
     int m_rowsRead = 0;
@@ -156,7 +157,10 @@ bool Stamper::startReading()
         m_source->buffered_image = TRUE;
         jpeg_start_decompress(m_source.get());
     });
-    return started && m_source.components() == componentCount && (!allAtOnce || readToEnd()) && hasTables();
+    if (!started || m_source.components() != componentCount)
+        return false;
+    m_isAcCodable = !allAtOnce && codesOnlyCodableAc(*m_source.get());
+    return (!allAtOnce || readToEnd()) && hasTables();
 }
 
 // Whether every component has a quantisation table, without steps of 0.
@@ -291,7 +295,7 @@ bool Stamper::finishRow(int mcuRow)
         for (int row = mcuRow * down; row < (mcuRow + 1) * down; ++row) {
             const Requantiser &requantiser = m_requantisers[component];
             requantiser.convert(m_rows->row(component, row), m_rows->blocksAcross(component));
-            if (!requantiser.changes() && !m_rows->isCodable(component, row))
+            if (!requantiser.changes() && !m_rows->isCodable(component, row, m_isAcCodable))
                 return false;
         }
     }

@@ -85,7 +85,7 @@ template class JpegObject<jpeg_compress_struct>;
 
 EncodedBytes::EncodedBytes(qsizetype expected)
     : jpeg_destination_mgr()
-    , m_bytes(expected, Qt::Uninitialized)
+    , m_bytes(room + expected, Qt::Uninitialized)
 {
     init_destination = start;
     empty_output_buffer = grow;
@@ -99,7 +99,7 @@ EncodedBytes &EncodedBytes::of(j_compress_ptr info)
 
 void EncodedBytes::start(j_compress_ptr info)
 {
-    of(info).offerFrom(0);
+    of(info).offerFrom(room);
 }
 
 boolean EncodedBytes::grow(j_compress_ptr info)
@@ -116,6 +116,7 @@ void EncodedBytes::finish(j_compress_ptr info)
 {
     EncodedBytes &self = of(info);
     self.m_bytes.truncate(self.m_bytes.size() - static_cast<qsizetype>(self.free_in_buffer));
+    self.m_bytes.remove(0, room); // of which Qt knows
 }
 
 bool EncodedBytes::resize(qsizetype size) noexcept

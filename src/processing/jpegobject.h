@@ -92,7 +92,7 @@ extern template class JpegObject<jpeg_compress_struct>;
 using JpegDecompressor = JpegObject<jpeg_decompress_struct>;
 using JpegCompressor = JpegObject<jpeg_compress_struct>;
 
-/// What a compressor writes, in memory that grows.
+/// What a compressor writes, in memory that grows. In front of it there is room for the metadata of a photo.
 class EncodedBytes : private jpeg_destination_mgr
 {
 public:
@@ -112,6 +112,8 @@ private:
     static void finish(j_compress_ptr info);
     bool resize(qsizetype size) noexcept;
     void offerFrom(qsizetype filled);
+
+    static constexpr qsizetype room = 256 * 1024;
 
     QByteArray m_bytes;
 };

@@ -237,23 +237,23 @@ QByteArray jpegSegmentsOf(const MetadataBlocks &blocks)
     return all;
 }
 
-QByteArray jpegWithSegments(const QByteArray &picture, const QByteArray &segments, JpegDensity density)
+QByteArray jpegWithSegments(QByteArray picture, const QByteArray &segments, JpegDensity density)
 {
-    const JpegSegments own(picture);
-    if (own.startOfPixels() == 0)
+    JpegSegments own(picture);
+    const qsizetype startOfPixels = own.startOfPixels();
+    if (startOfPixels == 0)
         return picture;
-    const auto append = [&own](QByteArray &bytes, Kind kind) {
+    QByteArray head = picture.first(2);
+    const auto append = [&own, &head](Kind kind) {
         for (const JpegSegment &each : own.list()) {
             if (each.kind == kind)
-                bytes.append(each.bytes);
+                head.append(each.bytes);
         }
     };
-    QByteArray whole;
-    whole.reserve(picture.size() + segments.size());
-    whole.append(picture.first(2));
     if (density == JpegDensity::OfPicture)
-        append(whole, Kind::Jfif);
-    whole.append(segments);
-    append(whole, Kind::Coding);
-    return whole.append(QByteArrayView(picture).sliced(own.startOfPixels()));
+        append(Kind::Jfif);
+    head.append(segments);
+    append(Kind::Coding);
+    own = JpegSegments(); // the picture, which may be large, is not shared any more, and not copied
+    return picture.remove(0, startOfPixels).prepend(head);
 }

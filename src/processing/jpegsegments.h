@@ -76,4 +76,4 @@ enum class JpegDensity {
 
 /// The JPEG `picture` with `segments` in place of all its own metadata. One that ends before its pixels stays
 /// as it is.
-QByteArray jpegWithSegments(const QByteArray &picture, const QByteArray &segments, JpegDensity density);
+QByteArray jpegWithSegments(QByteArray picture, const QByteArray &segments, JpegDensity density);

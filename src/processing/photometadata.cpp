@@ -110,13 +110,14 @@ QByteArray newSegments(MetadataBlocks blocks, QStringList *lost)
     return jpegSegmentsOf(blocks);
 }
 
-QByteArray jpegWithMetadata(const QByteArray &picture, const PhotoMetadata &metadata, QStringList *lost)
+QByteArray jpegWithMetadata(QByteArray picture, const PhotoMetadata &metadata, QStringList *lost)
 {
     if (metadata.segments.list().isEmpty() || metadata.isFresh) {
         *lost += privateData(metadata);
-        return jpegWithSegments(picture, newSegments(metadata.blocks, lost), JpegDensity::OfPicture);
+        return jpegWithSegments(std::move(picture), newSegments(metadata.blocks, lost),
+                                JpegDensity::OfPicture);
     }
-    return jpegWithSegments(picture, keptSegments(metadata), JpegDensity::OfSegments);
+    return jpegWithSegments(std::move(picture), keptSegments(metadata), JpegDensity::OfSegments);
 }
 
 QByteArray pngWithMetadata(const QByteArray &picture, const PhotoMetadata &metadata, QStringList *lost)
@@ -174,12 +175,11 @@ PhotoMetadata withFreshExif(const PhotoMetadata &metadata, const Exiv2::ExifData
     return fresh;
 }
 
-std::optional<PhotoContents> withMetadata(const QByteArray &picture, const PhotoMetadata &metadata,
-                                          QString *error)
+std::optional<PhotoContents> withMetadata(QByteArray picture, const PhotoMetadata &metadata, QString *error)
 {
     QStringList lost = metadata.lost;
     if (JpegSegments::isJpeg(picture))
-        return PhotoContents{jpegWithMetadata(picture, metadata, &lost), lost};
+        return PhotoContents{jpegWithMetadata(std::move(picture), metadata, &lost), lost};
     if (PngChunks::isPng(picture))
         return PhotoContents{pngWithMetadata(picture, metadata, &lost), lost};
     const std::optional<QByteArray> tiff = tiffWithMetadata(picture, metadata.exif, metadata.blocks, error);

@@ -44,5 +44,4 @@ struct PhotoContents {
 
 /// The encoded picture (JPEG, PNG or TIFF) with `metadata` in place of its own. What its format can hold as
 /// it stood in the file stays so to the byte. Nothing, with the reason in `error`, on failure.
-std::optional<PhotoContents> withMetadata(const QByteArray &picture, const PhotoMetadata &metadata,
-                                          QString *error);
+std::optional<PhotoContents> withMetadata(QByteArray picture, const PhotoMetadata &metadata, QString *error);

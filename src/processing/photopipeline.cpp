@@ -253,7 +253,7 @@ PhotoPipeline::Result PhotoPipeline::prepared(const PhotoMetadata &original, con
     if (!result.picture.encoded && !metadata.isFresh)
         return result;
     const std::optional<PhotoContents> contents =
-        withMetadata(result.picture.encoded.value_or(m_source), metadata, &result.metadataError);
+        withMetadata(std::move(result.picture.encoded).value_or(m_source), metadata, &result.metadataError);
     if (!contents) {
         result.addToImageError(result.metadataError);
         return result;
