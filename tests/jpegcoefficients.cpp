@@ -223,7 +223,9 @@ private slots:
         };
         QVERIFY(single("0a", "1ffc00"));
         QVERIFY(!single("0b", "1ffe007f"));
+        QVERIFY(!single("0b", "1800007f")); // the least of 11
         QVERIFY(!single("0a", "7ff801"));
+        QVERIFY(!single("0a", "5ff001") && single("0a", "5ff801")); // -1025, and black
     }
 
     // Between the tables of 85 and 90 many coefficients lie halfway: pixels are nearer by 1 dB. From 93 to 90
