@@ -11,6 +11,7 @@
 #include <QScopeGuard>
 #include <QTest>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,21 +22,23 @@ class PhotoFileTest : public BatchFixture
 {
     Q_OBJECT
 
-    // Photos below the root, as wide as the number that comes next; "P" is the name that their position
-    // gives.
+    // Photos of 1970 below the root, as wide as the number that comes next; "P" is the name that their
+    // position gives.
     void write(const QByteArray &names)
     {
         for (const QByteArray &name : names.split(',')) {
             const int width = 16 + static_cast<int>(m_originals.size());
             const QString file = photo(name.trimmed().replace("P", "19G 345093 6297582"));
             writePhoto(file, plainImage({width, 16}), gpsTags());
+            const timespec longAgo[] = {{1, 0}, {1, 0}};
+            ::utimensat(AT_FDCWD, QFile::encodeName(file).constData(), longAgo, 0);
             m_originals[width] = bytesOf(file);
         }
     }
 
     // All files below a folder with their widths, with a star those that are no original ("b/c.jpg 20*"),
     // with a question mark those that are no whole JPEG either, with an equals sign those that have another
-    // name too.
+    // name too, with an exclamation mark backups that have not kept their time.
     QByteArray tree(const QString &folder) const
     {
         QStringList found;
@@ -43,13 +46,15 @@ class PhotoFileTest : public BatchFixture
         while (files.hasNext()) {
             const QByteArray bytes = bytesOf(files.next());
             const int width = QImage(files.filePath()).width();
+            const bool isOriginal = bytes == m_originals.value(width);
             const QString result = bytes.endsWith("\xff\xd9") ? u"*"_s : u"?"_s;
             struct stat status {
             };
             ::stat(QFile::encodeName(files.filePath()).constData(), &status);
+            const bool isBackup = files.fileName().contains("_backup"_L1);
             found.append(u"%1 %2"_s.arg(QDir(folder).relativeFilePath(files.filePath())).arg(width) +
-                         (bytes == m_originals.value(width) ? QString() : result) +
-                         (status.st_nlink > 1 ? u"="_s : QString()));
+                         (isOriginal ? QString() : result) + (status.st_nlink > 1 ? u"="_s : QString()) +
+                         (isOriginal && isBackup && status.st_mtime != 1 ? u"!"_s : QString()));
         }
         found.sort();
         return found.join(u", ").replace(u"19G 345093 6297582"_s, u"P"_s).toUtf8();
@@ -63,10 +68,19 @@ class PhotoFileTest : public BatchFixture
         run();
         QStringList told(QString::number(m_summary.finished));
         for (const PhotoProcessor::LeftPhoto &left : std::as_const(m_summary.leftPhotos))
-            told.append(left.reason.section(u": "_s, -1));
+            told.append(QFile::exists(left.nowAt) ? left.reason.section(u": "_s, -1) : u"nowhere"_s);
         told.sort();
         return tree(m_root) + (output.isEmpty() ? QByteArray() : " | " + tree(path(output))) + " | " +
                told.join(u", ").toUtf8() + (m_summary.backupsFailed > 0 ? ", no backup" : "");
+    }
+
+    void runWith(Journal *journal, const LogCallback &log) const
+    {
+        PhotoProcessor processor;
+        processor.setOptions(m_options);
+        processor.setThreadCount(1);
+        processor.setJournal(journal);
+        processor.renamePhotosWithUTM(m_root, log, {});
     }
 
     const QByteArray same = "Omitiendo archivo, la ruta de origen y destino son la misma.";
@@ -92,14 +106,10 @@ private slots:
         QCOMPARE(ran("salida"), "A.jpeg 16, Backup/vieja.jpg 18, uno/dos/b.png 17 | "
                                 "P.jpg 16*, uno/dos/P.jpg 17* | 2");
 
-        QFile file(photo("A.jpeg"));
-        QVERIFY(file.open(QIODevice::ReadWrite) &&
-                file.setFileTime(QDate(2020, 1, 2).startOfDay(), QFileDevice::FileModificationTime));
         // What changes a photo under another of its names must not change the backup.
         QCOMPARE(::link(photo("uno/dos/b.png").toUtf8().constData(), path("b").toUtf8().constData()), 0);
         QCOMPARE(ran(), "P.jpg 16*, Backup/A_backup.jpeg 16, Backup/uno/dos/b_backup.png 17, "
                         "Backup/vieja.jpg 18, uno/dos/P.jpg 17* | 2");
-        QCOMPARE(QFileInfo(photo("Backup/A_backup.jpeg")).lastModified(), QDate(2020, 1, 2).startOfDay());
         // The next run numbers names and copies.
         QCOMPARE(ran(), "P (1).jpg 16*, Backup/P_backup.jpg 16*, Backup/A_backup.jpeg 16, "
                         "Backup/uno/dos/P_backup.jpg 17*, Backup/uno/dos/b_backup.png 17, "
@@ -194,6 +204,11 @@ private slots:
         // The folder above: a photo of one folder must not replace one of another.
         write("fotos/a.jpg");
         QVERIFY(ran(".").startsWith("a.jpg 16, fotos/a.jpg 19, "));
+        // Nor do photos that are left take each other's place.
+        m_options.renamePhotos = true;
+        writeTable("otra.jpg;19;H;1;2\n");
+        ran("salida");
+        QCOMPARE(tree(path("salida")), "a.jpg 16, b.jpg 18, fotos/a.jpg 19");
     }
 
     // exFAT by FUSE: names that differ in case are one, and one folder has many inodes.
@@ -243,8 +258,9 @@ private slots:
         };
         QCOMPARE(ranFailing({SYS_fsync}),
                  "Backup/a_backup.jpg 16=, a.jpg 16= | 0, error de entrada o salida del disco");
-        QCOMPARE(ranFailing({SYS_linkat, SYS_fsync}),
-                 "a.jpg 16 | 0, error de entrada o salida del disco, no backup");
+        for (const long call : {SYS_linkat, SYS_fdatasync}) // the photo, too, may be in memory alone
+            QCOMPARE(ranFailing({call, SYS_fsync}),
+                     "a.jpg 16 | 0, error de entrada o salida del disco, no backup");
         QCOMPARE(ranFailing({SYS_linkat, SYS_renameat2}), "a.jpg 16* | 1, no backup");
         QCOMPARE(ranFailing({SYS_linkat}), "Backup/a_backup.jpg 16, a.jpg 16* | 1");
         for (const bool rename : {false, true}) {
@@ -263,6 +279,19 @@ private slots:
                      told.constData());
             QVERIFY2(told.contains(" | 0, otro programa ha movido o cambiado el archivo"), told.constData());
         }
+
+        // Or it changes what the result is to replace.
+        init();
+        write("a.jpg");
+        QDir().mkpath(path("salida"));
+        writeText(path("salida/a.jpg"), "earlier");
+        const auto change = [this](const seccomp_data &) {
+            writeText(path("salida/a.jpg"), "a stranger");
+            return 0;
+        };
+        QVERIFY(ranWhile({SYS_sync_file_range}, change, "salida")
+                    .startsWith("a.jpg 16 | a.jpg 0? | 0, otro programa ha movido o cambiado el archivo"));
+        QCOMPARE(m_log.filter(u"Error guardando la imagen: otro programa"_s).size(), 1);
 
         // A photo that cannot get a name, its own (as result or copy) or the new one, leaves that to the
         // next, and what may not be on the disk is told.
@@ -287,28 +316,28 @@ private slots:
             QCOMPARE(m_summary.notSynced, u"error de entrada o salida del disco"_s);
         }
 
-        // What a photo could not take, and another did, is not taken back when the task is taken up again.
-        init();
-        write("a.jpg, b.jpg");
-        m_options.renamePhotos = true;
-        m_options.useOutputFolder = true;
-        m_options.outputFolder = path("salida");
-        QDir().mkpath(m_options.outputFolder);
-        const Journal::Task task{m_root, path("salida"), {}, {}};
-        QString error;
-        withSystemCalls(
-            {SYS_renameat2}, [failures = 1](auto &) mutable { return failures-- > 0 ? EIO : 0; },
-            [&] {
-                const std::unique_ptr<Journal> journal = Journal::open(task, &error);
-                PhotoProcessor processor;
-                processor.setOptions(m_options);
-                processor.setThreadCount(1);
-                processor.setJournal(journal.get());
-                processor.renamePhotosWithUTM(m_root, [](const QString &) {}, {});
-                return true;
-            });
-        QVERIFY(Journal::open(task, &error));
-        QVERIFY(tree(path("salida")).contains(", P.jpg 1"));
+        // What a photo could not take, and another did, is not taken back when the task is taken up again:
+        // be it the name that failed, or the line of the journal (the first is the heading).
+        for (const long call : {SYS_renameat2, SYS_fdatasync}) {
+            init();
+            write("a.jpg, b.jpg");
+            m_options.renamePhotos = true;
+            m_options.useOutputFolder = true;
+            m_options.outputFolder = path("salida");
+            QDir().mkpath(m_options.outputFolder);
+            const Journal::Task task{m_root, path("salida"), {}, {}};
+            QString error;
+            int before = call == SYS_fdatasync ? 1 : 0;
+            withSystemCalls(
+                {call}, [&](auto &) { return before-- == 0 ? EIO : 0; },
+                [&] {
+                    const std::unique_ptr<Journal> journal = Journal::open(task, &error);
+                    runWith(journal.get(), [](const QString &) {});
+                    return true;
+                });
+            QVERIFY(Journal::open(task, &error));
+            QVERIFY(tree(path("salida")).contains(", P.jpg 1"));
+        }
 
         // The disk of the output folder goes away during the run; under its path there is another one then.
         m_options.useOutputFolder = true;
@@ -316,6 +345,22 @@ private slots:
         QVERIFY(files.claim(m_root + u"/a.jpg"_s));
         QVERIFY(QDir(m_root).removeRecursively() && QFile::link(u"/proc"_s, m_root));
         QCOMPARE(files.finish(), u"un disco con resultados ya no está"_s);
+    }
+
+    void settlesAPhotoWhateverIsThrown()
+    {
+        m_options.addCompass = true;
+        write("a.jpg");
+        for (const bool output : {false, true}) {
+            m_options.useOutputFolder = output;
+            m_options.outputFolder = path("salida");
+            runWith(nullptr, [](const QString &line) {
+                if (line.startsWith(u"Dibujando"_s))
+                    throw std::bad_alloc();
+            });
+            QCOMPARE(tree(path("salida")), output ? "a.jpg 16" : "");
+            QCOMPARE(tree(m_root), "Backup/a_backup.jpg 16, a.jpg 16");
+        }
     }
 
     void losesNoPhotoToANameRace()

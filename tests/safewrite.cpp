@@ -145,6 +145,7 @@ private slots:
             if (!stranger.isEmpty())
                 writeText(u"a"_s, stranger.mid(2)); // the file that was removed has its inode free
             utimensat(AT_FDCWD, "a", longAgo, 0);
+            QVERIFY(stamp.addName(u"b"_s) == Placing::Failed);
             QCOMPARE(replace("result", std::move(stamp)),
                      "otro programa ha movido o cambiado el archivo mientras se procesaba");
             QCOMPARE(files(), stranger);
@@ -194,6 +195,15 @@ private slots:
             QCOMPARE(withSystemCalls({SYS_read}, interfere, readLink), "refused");
             QCOMPARE(error, u"otro programa cambió el archivo mientras se leía"_s);
         }
+        // Nor does it keep a second name that it gets while it is changed.
+        QVERIFY(readWhole(u"a"_s, &stamp, &error));
+        const auto change = [](const seccomp_data &) {
+            writeText(u"a"_s, "changed");
+            return 0;
+        };
+        QVERIFY(withSystemCalls({SYS_linkat}, change, [&] { return stamp.addName(u"z"_s); }) ==
+                Placing::Failed);
+        QVERIFY(!QFile::exists(u"z"_s));
     }
 };
 

@@ -84,6 +84,10 @@ Placing FileStamp::addName(const QString &path)
         return Placing::Failed;
     const QByteArray name = QFile::encodeName(path);
     const QByteArray file = "/proc/self/fd/" + QByteArray::number(m_held->number());
+    // What was copied here just now may be in memory alone.
+    const Descriptor contents = openFile(QString::fromLatin1(file), O_RDONLY);
+    if (!contents.isOpen() || ::fdatasync(contents.number()) != 0)
+        return Placing::Failed;
     if (::linkat(AT_FDCWD, file.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW) != 0)
         return errno == EEXIST ? Placing::NameTaken : Placing::Failed;
     renewAfterRename();

@@ -35,9 +35,10 @@ public:
     /// that one change.
     void renewAfterRename();
 
-    /// Gives the file itself, whatever its path leads to by now, the further name `path`, when nothing has
-    /// that name; `isStill` forgives that change. `Failed`, and nothing was changed, when it is not as the
-    /// stamp says, already has several names, or cannot have this one: then it has to be copied.
+    /// Brings the contents onto the disk and gives the file itself, whatever its path leads to by now, the
+    /// further name `path`, when nothing has that name; `isStill` forgives that change. `Failed`, and nothing
+    /// was changed, when it is not as the stamp says, already has several names, or cannot have this one:
+    /// then it has to be copied.
     Placing addName(const QString &path);
 
     /// Lets go of the file. `isStill` still answers.

@@ -171,11 +171,11 @@ Placing PhotoInOutput::moveAsJournalled(const QString &path)
     if (Journal *journal = m_run.journal) {
         if (exists(path))
             return Placing::NameTaken; // not worth a line
+        m_isJournalled = true; // a line that failed may be there all the same
         if (!journal->aboutToRename(relativePath(), nameOf(now), nameOf(path))) {
             m_trouble = journal->trouble();
             return Placing::Failed;
         }
-        m_isJournalled = true;
     }
     return m_run.files.placer().rename(now, path, &m_trouble);
 }
