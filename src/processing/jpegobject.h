@@ -113,7 +113,7 @@ private:
     bool resize(qsizetype size) noexcept;
     void offerFrom(qsizetype filled);
 
-    static constexpr qsizetype room = 256 * 1024;
+    static constexpr qsizetype room = qsizetype(256) * 1024;
 
     QByteArray m_bytes;
 };

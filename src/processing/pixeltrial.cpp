@@ -66,7 +66,7 @@ void PixelTrial::take(const CoefficientRows &rows, QPoint mcu)
         const ptrdiff_t across = m_whole.across[component];
         const JBLOCKARRAY samples = m_samples.rows(component, 0, static_cast<JDIMENSION>(down), true);
         for (int row = 0; row < down; ++row)
-            std::memcpy(samples[row] + m_taken * m_across * across,
+            std::memcpy(samples[row] + ptrdiff_t(m_taken) * m_across * across,
                         rows.row(component, mcu.y() * down + row) + mcu.x() * across,
                         static_cast<size_t>(m_across * across) * sizeof(JBLOCK));
     }
