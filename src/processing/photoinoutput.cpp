@@ -171,7 +171,8 @@ Placing PhotoInOutput::moveAsJournalled(const QString &path)
     if (Journal *journal = m_run.journal) {
         if (exists(path))
             return Placing::NameTaken; // not worth a line
-        m_isJournalled = true; // a line that failed may be there all the same
+        // a line that failed may be there all the same
+        m_isJournalled = true;
         if (!journal->aboutToRename(relativePath(), nameOf(now), nameOf(path))) {
             m_trouble = journal->trouble();
             return Placing::Failed;
