@@ -140,7 +140,8 @@ private slots:
             const QByteArray shared = copies ? "" : "="; // which takes no room
             const QByteArray results[] = {
                 // with a backup, into an empty output folder, into one with an earlier result
-                "Backup/a_backup.jpg 16" + shared + ", a.jpg 16" + shared + end,
+                "Backup/a_backup.jpg 16" + shared + ", a.jpg 16" + shared + end +
+                    (copies ? "" : ", no backup"),
                 (copies ? "a.jpg 16 | a.jpg 16" : "a.jpg 16 | ") + end,
                 (bytes < needed ? "a.jpg 16 | a.jpg 0?" : "a.jpg 16 | a.jpg 16") + end,
             };
@@ -182,6 +183,14 @@ private slots:
         writeTable("otra.jpg;19;H;1;2\n");
         QCOMPARE(ran("fuera"), "sub/a.jpg 16 | sub/a.jpg 16* | 0, "
                                "Coordenadas UTM no encontradas en archivo TXT para a.jpg");
+        // Nor does one that was left there become a result.
+        init();
+        write("a.jpg, salida/a.jpg");
+        writeTable("otra.jpg;19;H;1;2\n");
+        m_options.includeSubfolders = false;
+        ran("fotos/salida");
+        m_options.includeSubfolders = m_options.useExif = true;
+        QVERIFY(ran("fotos/salida").startsWith("a.jpg 16, salida/a.jpg 17 | "));
     }
 
     void keepsPhotosThatOtherPathsLeadTo()
@@ -257,7 +266,7 @@ private slots:
                             [](const seccomp_data &call) { return call.nr == SYS_linkat ? EPERM : EIO; });
         };
         QCOMPARE(ranFailing({SYS_fsync}),
-                 "Backup/a_backup.jpg 16=, a.jpg 16= | 0, error de entrada o salida del disco");
+                 "Backup/a_backup.jpg 16=, a.jpg 16= | 0, error de entrada o salida del disco, no backup");
         for (const long call : {SYS_linkat, SYS_fdatasync}) // the photo, too, may be in memory alone
             QCOMPARE(ranFailing({call, SYS_fsync}),
                      "a.jpg 16 | 0, error de entrada o salida del disco, no backup");

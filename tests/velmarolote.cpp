@@ -227,6 +227,9 @@ private slots:
                  "1 No se pudo asegurar en el disco la carpeta de salida: permiso denegado");
         QCOMPARE(results("fotos"), "a.jpg ~29");
         QCOMPARE(results("salida"), "19G 345093 6297582.jpg ~29");
+        QVERIFY(run("fotos --salida salida --sin-renombrar",
+                    "touch salida/a.jpg; chmod a-w salida/a.jpg; " + bound)
+                    .endsWith("salida/a.jpg: permiso denegado\nQuedaron sin terminar 1 de 1 fotos."));
         QCOMPARE(contents("fotos/a.jpg"), original);
     }
 

@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <cerrno>
+
 namespace
 {
 
@@ -79,6 +81,10 @@ bool PhotoInOutput::claim(const QString &target)
     const QFileInfo there(target);
     if (m_replaces && !there.isSymLink() && !there.isFile()) {
         m_trouble = QStringLiteral("no es un archivo");
+        return false;
+    }
+    if (m_replaces && !m_options.renamePhotos && !there.isSymLink() && !there.isWritable()) {
+        m_trouble = systemReason(EACCES);
         return false;
     }
     if (m_replaces && !there.isSymLink())
@@ -201,8 +207,12 @@ bool PhotoInOutput::leave()
         m_copy->moved();
         return true;
     }
-    if (!m_isClaimed || (m_earlier && !m_options.renamePhotos))
+    if (!m_isClaimed)
         return true;
+    if (m_earlier && !m_options.renamePhotos) {
+        m_run.files.becameFree(m_path);
+        return true;
+    }
     if (write(*m_contents, &m_trouble) && takeOwnName(&m_trouble))
         return true;
     m_run.files.becameFree(m_path);

@@ -129,6 +129,7 @@ bool PhotoInPlace::place(QString *error)
 }
 
 // The backup of a photo that stays becomes a file of its own: what changes the one must not change the other.
+// Failing that, it stays the second name, since it may be the only one by now, but counts for none.
 bool PhotoInPlace::leave()
 {
     m_result.reset();
@@ -136,7 +137,8 @@ bool PhotoInPlace::leave()
         return true;
     QString error;
     const std::unique_ptr<UnfinishedFile> copy = copyIn(folderOf(m_backup), m_backup);
-    if (copy && FilePlacer::replace(copy->path(), m_backup, &error))
+    m_backupFailed = !copy || !FilePlacer::replace(copy->path(), m_backup, &error);
+    if (!m_backupFailed)
         copy->moved();
     return true;
 }

@@ -10,7 +10,8 @@
 ///
 /// The result is on the disk before it takes the photo's place, and so is the backup. That is the photo's own
 /// file under a second name, which becomes its only one in that moment; where a file cannot have two names,
-/// or has others already, it is a copy.
+/// or has others already, it is a copy. A program that has the photo open all the while writes into the
+/// backup.
 class PhotoInPlace : public PhotoFile
 {
 public:
