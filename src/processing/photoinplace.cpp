@@ -44,8 +44,8 @@ void PhotoInPlace::backUp()
         folder += QLatin1Char('/') + relative;
 
     m_backupFailed = !writeBackup(folder);
-    m_lines.append(m_backupFailed ? QStringLiteral("Error creando backup de ") + m_name
-                                  : QStringLiteral("Backup creado: ") + m_backup);
+    m_lines.append(m_backupFailed ? QString(QStringLiteral("Error creando backup de ") + m_name)
+                                  : QString(QStringLiteral("Backup creado: ") + m_backup));
 }
 
 bool PhotoInPlace::writeBackup(const QString &folder)
